@@ -1,0 +1,71 @@
+# What `cmake --install` lays down: the headers, both libraries, what finds them, and the tool.
+include(CMakePackageConfigHelpers)
+
+set(cmake_dir ${CMAKE_INSTALL_LIBDIR}/cmake/veska)
+install(FILES ${veska_headers} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/veska COMPONENT development)
+
+foreach(kind static shared)
+  install(
+    TARGETS veska_${kind}
+    EXPORT veska_${kind}
+    RUNTIME COMPONENT runtime
+    LIBRARY COMPONENT runtime NAMELINK_COMPONENT development
+    ARCHIVE COMPONENT development)
+  install(
+    EXPORT veska_${kind}
+    NAMESPACE veska::
+    FILE veska_${kind}.cmake
+    DESTINATION ${cmake_dir}
+    COMPONENT development)
+endforeach()
+
+configure_package_config_file(
+  cmake/veskaConfig.cmake.in ${PROJECT_BINARY_DIR}/veskaConfig.cmake INSTALL_DESTINATION ${cmake_dir})
+write_basic_package_version_file(
+  ${PROJECT_BINARY_DIR}/veskaConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+install(
+  FILES ${PROJECT_BINARY_DIR}/veskaConfig.cmake ${PROJECT_BINARY_DIR}/veskaConfigVersion.cmake
+  DESTINATION ${cmake_dir}
+  COMPONENT development)
+
+# The way back to the prefix, so that an installed tree can be moved.
+file(RELATIVE_PATH pc_to_prefix ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+configure_file(cmake/veska.pc.in ${PROJECT_BINARY_DIR}/veska.pc @ONLY)
+install(
+  FILES ${PROJECT_BINARY_DIR}/veska.pc
+  DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
+  COMPONENT development)
+
+if(TARGET veska_tool)
+  install(TARGETS veska_tool RUNTIME COMPONENT tool)
+
+  # The tool prints its own manual page and completions.
+  set(pages ${PROJECT_BINARY_DIR}/pages)
+  file(MAKE_DIRECTORY ${pages})
+  set(page ${pages}/veska.1)
+  add_custom_command(
+    OUTPUT ${page} ${pages}/veska ${pages}/_veska
+    COMMAND veska_tool help --man > ${page}
+    COMMAND veska_tool help --bash > ${pages}/veska
+    COMMAND veska_tool help --zsh > ${pages}/_veska
+    DEPENDS veska_tool
+    VERBATIM)
+  if(VESKA_PACKAGE)
+    add_custom_command(OUTPUT ${page}.gz COMMAND gzip -9nkf ${page} DEPENDS ${page} VERBATIM)
+    set(page ${page}.gz)
+  endif()
+  add_custom_target(veska_pages ALL DEPENDS ${page})
+  install(FILES ${page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tool)
+  install(
+    FILES ${pages}/veska
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
+    COMPONENT tool)
+  install(
+    FILES ${pages}/_veska
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions
+    COMPONENT tool)
+endif()
+
+if(VESKA_PACKAGE)
+  include(cmake/package.cmake)
+endif()

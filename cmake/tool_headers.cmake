@@ -1,0 +1,18 @@
+# veska_tool_headers: CLI11 and nlohmann_json, both header only. A build for another platform gets
+# them through links of their own, so that nothing else of this system's headers comes along.
+if(NOT TARGET veska_tool_headers)
+  add_library(veska_tool_headers INTERFACE)
+  if(CMAKE_CROSSCOMPILING)
+    find_path(VESKA_CLI11_DIR CLI/CLI.hpp PATHS /usr/include NO_CMAKE_FIND_ROOT_PATH REQUIRED)
+    find_path(VESKA_JSON_DIR nlohmann/json.hpp PATHS /usr/include NO_CMAKE_FIND_ROOT_PATH REQUIRED)
+    set(links ${PROJECT_BINARY_DIR}/tool_headers)
+    file(MAKE_DIRECTORY ${links})
+    file(CREATE_LINK ${VESKA_CLI11_DIR}/CLI ${links}/CLI SYMBOLIC)
+    file(CREATE_LINK ${VESKA_JSON_DIR}/nlohmann ${links}/nlohmann SYMBOLIC)
+    target_include_directories(veska_tool_headers SYSTEM INTERFACE ${links})
+  else()
+    find_package(CLI11 REQUIRED)
+    find_package(nlohmann_json REQUIRED)
+    target_link_libraries(veska_tool_headers INTERFACE CLI11::CLI11 nlohmann_json::nlohmann_json)
+  endif()
+endif()

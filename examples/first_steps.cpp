@@ -1,0 +1,19 @@
+#include <veska/veska.h>
+
+#include <filesystem>
+#include <iostream>
+
+int main(int argc, char** argv) {
+  if (argc != 3) return 2;
+  const std::filesystem::path from = argv[1], to = argv[2];
+
+  VESKA::CVMGInfo info;
+  if (!info.LoadFromFile(from, VESKA::CVMGInfo::kLoadAll)) return 1;
+
+  VESKA::CPGCInfo& chain = info.GetOriginalPGC();
+  std::cout << chain.GetPGCount() << " programs, " << chain.GetCellCount() << " cells\n";
+
+  info.GetMAT().GetPlayListTable().DeleteNode(0);  // edit,
+  info.AutoComplete();                             // complete what follows from it,
+  return info.SaveToFile(to) ? 0 : 3;              // and save: all of it, or nothing
+}

@@ -1,0 +1,54 @@
+/// Lists what is on a disc: its programs with their names, kinds and cells, and its play lists.
+#include <veska/veska.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <iostream>
+#include <string>
+
+namespace {
+
+/// The readable part of a text area: up to the first zero byte, other bytes than ASCII text as
+/// dots.
+std::string Readable(const unsigned char (&area)[128]) {
+  std::string text(std::begin(area), std::find(std::begin(area), std::end(area), 0));
+  std::replace_if(
+      text.begin(), text.end(), [](char c) { return c < ' ' || c > '~'; }, '.');
+  return text;
+}
+
+const char* KindOf(VESKA::CPGCInfo::PG_VOB_TYPE type) {
+  switch (type) {
+    case VESKA::CPGCInfo::PG_VOB_MOVIE:
+      return "movie";
+    case VESKA::CPGCInfo::PG_VOB_STILL:
+      return "still pictures";
+    default:
+      return "movie and still pictures";
+  }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  VESKA::CVMGInfo info;
+  if (argc < 2 || !info.LoadFromFile(std::filesystem::path(argv[1]), VESKA::CVMGInfo::kLoadAll)) {
+    std::cerr << "usage: list_disc FILE.ifo (a management information file)\n";
+    return 1;
+  }
+  std::cout << "Disc: " << Readable(info.GetMAT().GetHeader().text_93) << '\n';
+
+  VESKA::CPGCInfo& chain = info.GetOriginalPGC();
+  for (int i = 0; i < chain.GetPGCount(); ++i) {
+    const VESKA::tag_PGI* program = chain.GetPGNode(i);
+    const int first_cell = chain.GetPGStartCellID(i) + 1;
+    std::cout << "Program " << i + 1 << ": " << Readable(program->text_4) << " ("
+              << KindOf(chain.GetProgramVOBType(i)) << ", " << program->C_Ns << " cells from cell "
+              << first_cell << ")\n";
+  }
+  VESKA::CPlayListSRPTable& play_lists = info.GetMAT().GetPlayListTable();
+  for (int i = 0; i < play_lists.GetCount(); ++i) {
+    std::cout << "Play list " << i + 1 << ": " << Readable(play_lists[i]->text_8) << '\n';
+  }
+  return 0;
+}

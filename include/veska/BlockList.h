@@ -1,0 +1,149 @@
+/// The list of records that own a separate block of bytes.
+#pragma once
+
+#include <veska/RecordList.h>
+#include <veska/records.h>
+
+#include <functional>
+#include <limits>
+
+namespace VESKA {
+
+/// How a record holds its block.
+template <class Record>
+struct BlockOf;
+
+template <class Entry>
+struct EntryBlock {
+  static unsigned char* Get(const Entry& entry) { return entry.block; }
+  static std::size_t Size(const Entry& entry) {
+    return entry.block != nullptr ? kEntryBlockSize : 0;
+  }
+  static void Set(Entry& entry, unsigned char* block, std::size_t) { entry.block = block; }
+};
+template <>
+struct BlockOf<tag_M_C_EPI> : EntryBlock<tag_M_C_EPI> {};
+template <>
+struct BlockOf<tag_S_C_EPI> : EntryBlock<tag_S_C_EPI> {};
+
+template <>
+struct BlockOf<tag_IT_TXT> {
+  static unsigned char* Get(const tag_IT_TXT& record) { return record.text; }
+  static std::size_t Size(const tag_IT_TXT& record) {
+    return record.text != nullptr ? record.length : 0;
+  }
+  static void Set(tag_IT_TXT& record, unsigned char* text, std::size_t size) {
+    record.text = text;
+    record.length = static_cast<std::uint8_t>(size);
+  }
+};
+
+template <>
+struct BlockOf<tag_A_MNFI_ITEM> {
+  static unsigned char* Get(const tag_A_MNFI_ITEM& item) { return item.A_MNFI.MNF_DATA; }
+  static std::size_t Size(const tag_A_MNFI_ITEM& item) {
+    return item.A_MNFI.MNF_DATA != nullptr ? item.A_MNFI.MNF_DATA_SZ : 0;
+  }
+  static void Set(tag_A_MNFI_ITEM& item, unsigned char* data, std::size_t size) {
+    item.A_MNFI.MNF_DATA = data;
+    item.A_MNFI.MNF_DATA_SZ = static_cast<std::uint32_t>(size);
+  }
+};
+
+/// A record list that owns its records' blocks as well. Those of a list that was loaded or copied
+/// lie together behind the records, in the same allocation; those set later are allocated one by
+/// one.
+template <class Record, int Limit>
+class BlockList : private RecordList<Record, Limit> {
+  using Base = RecordList<Record, Limit>;
+  using Block = BlockOf<Record>;
+
+ public:
+  using Base::begin;
+  using Base::Count;
+  using Base::end;
+  using Base::Get;
+  using Base::IsEmpty;
+
+  BlockList() = default;
+  BlockList(const BlockList& other) : BlockList() {
+    std::uint64_t bytes = 0;
+    for (const Record& record : other) bytes += Block::Size(record);
+    unsigned char* room = Reserve(other.Count(), bytes);
+    for (const Record& record : other)
+      Append(record, Block::Get(record), Block::Size(record), room);
+  }
+  BlockList& operator=(const BlockList& other) {
+    if (this != &other) {
+      BlockList copy(other);
+      Base::Exchange(copy);
+    }
+    return *this;
+  }
+  ~BlockList() { Clear(); }
+
+  void Clear() {
+    for (Record& record : *this) Release(Block::Get(record));
+    Base::Clear();
+  }
+
+  Record* Add() { return Base::Add(Record{}); }
+  Record* Insert(int i) { return Base::Insert(i, Record{}); }
+
+  bool Delete(int i) {
+    const Record* record = Get(i);
+    if (record == nullptr) return false;
+    unsigned char* block = Block::Get(*record);
+    if (!Base::Delete(i)) return false;
+    Release(block);
+    return true;
+  }
+
+  /// Empties the list and makes room for `count` records with blocks of `bytes` in all, which
+  /// `Append` then fills. Returns the room for the blocks. Throws `std::bad_alloc`.
+  unsigned char* Reserve(int count, std::uint64_t bytes) {
+    Clear();
+    if (bytes > std::numeric_limits<std::uint32_t>::max()) throw std::bad_alloc();
+    Base::Reserve(count, static_cast<std::uint32_t>(bytes));
+    return Base::Spare();
+  }
+
+  /// Appends a copy of `record` with a copy of the `size` bytes at `block`, which takes up that
+  /// much of `room`.
+  void Append(const Record& record, const unsigned char* block, std::size_t size,
+              unsigned char*& room) {
+    Record* copy = Base::Add(record);
+    if (size != 0) std::memcpy(room, block, size);
+    Block::Set(*copy, size != 0 ? room : nullptr, size);
+    room += size;
+  }
+
+  /// Gives a record of the list a block of `size` bytes, copied from `bytes` (zero bytes when
+  /// null), which may lie in its present block. A block of the same size is reused. False, changing
+  /// nothing, when there is no memory.
+  bool SetBlock(Record& record, const unsigned char* bytes, std::size_t size) {
+    unsigned char* block = Block::Get(record);
+    if (size == 0 || size != Block::Size(record)) {
+      block = size != 0 ? new (std::nothrow) unsigned char[size]() : nullptr;
+      if (size != 0 && block == nullptr) return false;
+    }
+    if (size != 0 && bytes != nullptr) std::memmove(block, bytes, size);
+    if (block != Block::Get(record)) Release(Block::Get(record));
+    Block::Set(record, block, size);
+    return true;
+  }
+
+  bool operator==(const BlockList& other) const {
+    return static_cast<const Base&>(*this) == static_cast<const Base&>(other);
+  }
+
+ private:
+  void Release(unsigned char* block) {
+    const std::less<unsigned char*> before;
+    unsigned char* spare = Base::Spare();
+    const bool loaded = !before(block, spare) && before(block, spare + Base::SpareSize());
+    if (!loaded) delete[] block;
+  }
+};
+
+}  // namespace VESKA

@@ -1,0 +1,69 @@
+/// The information of one additional audio group.
+#pragma once
+
+#include <veska/RecordList.h>
+#include <veska/export.h>
+#include <veska/records.h>
+
+namespace VESKA {
+
+class ImageReader;
+class ImageWriter;
+
+/// A group of additional audio entries (S_AAGI): general information of 6 bytes, then 5 bytes for
+/// each entry.
+///
+/// Pointers to entries stay valid until the entry is deleted or the group is cleared, parsed or
+/// assigned to. List operations leave the header as it is; `AutoComplete` brings its count up to
+/// date. One thread at a time.
+class VESKA_API CStillAAG {
+ public:
+  CStillAAG() = default;
+  CStillAAG(const CStillAAG&) = default;
+  CStillAAG& operator=(const CStillAAG&) = default;
+  virtual ~CStillAAG();
+
+  /// Zeroes the header and deletes every entry.
+  void Clear();
+  /// True when there are no entries; such a group takes no bytes in the file.
+  bool IsEmpty() const { return entries_.IsEmpty(); }
+  /// Reads the structure that starts at `data`, and trusts the caller that the image holds all that
+  /// the counts and addresses in it say. False when there is no memory.
+  bool Parse(unsigned char* const data);
+
+  tag_S_AAG_GI& GetHeader() { return header_; }
+
+  /// The number of entries.
+  int GetCount() const { return entries_.Count(); }
+  /// The entry at position `index`, null when out of range.
+  tag_AA_ENT* GetNode(int index) { return entries_.Get(index); }
+  tag_AA_ENT* operator[](int index) { return entries_.Get(index); }
+  /// Appends an entry of zero bytes; null beyond 255.
+  tag_AA_ENT* AddNode() { return entries_.Add(); }
+  /// Places such an entry before position `index`, which must be an entry's; null otherwise.
+  tag_AA_ENT* InsertNode(int index) { return entries_.Insert(index); }
+  /// False when out of range.
+  bool DeleteNode(int index) { return entries_.Delete(index); }
+
+  /// Sets `AA_ENT_Ns` from the list.
+  void AutoComplete();
+  /// The size in the file in bytes, by the count in the header; 0 when empty.
+  unsigned long GetDataSize() const;
+  /// Writes the structure as its lists stand in file order at `out`. The addresses are those of the
+  /// last `AutoComplete`: call it before, so that `GetDataSize()` bytes are enough.
+  void GetData(unsigned char* out);
+  /// The sum of `PCKs` over all entries.
+  unsigned long GetPackCount();
+
+  bool operator==(const CStillAAG& other) const;
+
+  /// For the tables of the library.
+  void Read(const ImageReader& image);
+  void Write(const ImageWriter& out) const;
+
+ private:
+  tag_S_AAG_GI header_{};
+  RecordList<tag_AA_ENT, 0xFF> entries_;
+};
+
+}  // namespace VESKA

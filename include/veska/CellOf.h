@@ -1,0 +1,82 @@
+/// What the two kinds of cell have in common.
+#pragma once
+
+#include <veska/BlockList.h>
+#include <veska/CBaseCell.h>
+#include <veska/export.h>
+#include <veska/records.h>
+
+namespace VESKA {
+
+class ImageReader;
+class ImageWriter;
+
+/// A cell: a header, then the entry points one behind the other, each with its 128-byte block when
+/// its `EP_TY` calls it long. Size and bytes of an entry both follow `EP_TY`: a long one without
+/// block is written with 128 zero bytes; the block of a short one is not written, and
+/// `CVMGInfo::SaveToFile` refuses such a cell since the block would be lost.
+///
+/// The host sets the header's fields through `GetHeader`; `AutoComplete` sets the number of entry
+/// points and the kind of the cell. Pointers to entry points stay valid until the entry point is
+/// deleted or the cell is cleared, parsed or assigned to. One thread at a time.
+template <class Header, class Entry, tag_CELL_TYPE Type>
+class CellOf : public CBaseCell {
+ public:
+  CellOf() = default;
+  CellOf(const CellOf&) = default;
+  CellOf& operator=(const CellOf&) = default;
+
+  /// The kind of this class, whatever the header says.
+  tag_CELL_TYPE GetType() override { return Type; }
+  /// Reads the cell that starts at `data`, and trusts the caller that the image holds all that the
+  /// counts in it say. False when there is no memory.
+  bool Parse(unsigned char* const data) override;
+  /// Zeroes the header and deletes every entry point.
+  void Clear() override;
+  /// True when there are no entry points.
+  bool IsEmpty() const override { return entries_.IsEmpty(); }
+  /// The number of entry points.
+  int GetCount() const override { return entries_.Count(); }
+  /// Sets `C_EPI_Ns` from the list, and bits 7 to 5 of `C_TY`.
+  void AutoComplete() override;
+  /// The size in the file in bytes: the header and the first entry points as the header counts
+  /// them.
+  unsigned long GetDataSize() const override;
+  /// Writes the cell with all its entry points in file order at `out`.
+  void GetData(unsigned char* out) override;
+
+  Header& GetHeader() { return header_; }
+  /// The entry point at position `i`, null when out of range.
+  Entry* GetNode(int i) { return entries_.Get(i); }
+  Entry* operator[](int i) { return entries_.Get(i); }
+  /// Appends an entry point of zero bytes, with a block of zero bytes for `CELL_ENTRY_LONG`; the
+  /// host then sets its `EP_TY`. Null beyond 65,535 or without memory.
+  Entry* AddNode(tag_CELL_ENTRY_TYPE type) {
+    return WithBlock(entries_.Add(), GetCount() - 1, type);
+  }
+  /// Places such an entry point before position `i`, which must be one's; null otherwise.
+  Entry* InsertNode(int i, tag_CELL_ENTRY_TYPE type) {
+    return WithBlock(entries_.Insert(i), i, type);
+  }
+  /// Deletes the entry point and its block; false when out of range.
+  bool DeleteNode(int i) { return entries_.Delete(i); }
+
+  bool operator==(const CellOf& other) const {
+    return header_ == other.header_ && entries_ == other.entries_;
+  }
+
+  /// For the tables of the library.
+  void Read(const ImageReader& image);
+  void Write(const ImageWriter& out) const;
+
+ private:
+  Entry* WithBlock(Entry* entry, int i, tag_CELL_ENTRY_TYPE type);
+
+  Header header_{};
+  BlockList<Entry, 0xFFFF> entries_;
+};
+
+extern template class VESKA_API CellOf<tag_M_C_GI, tag_M_C_EPI, CELL_MOVIE>;
+extern template class VESKA_API CellOf<tag_S_C_GI, tag_S_C_EPI, CELL_STILL>;
+
+}  // namespace VESKA

@@ -1,0 +1,322 @@
+/// The record list: the one list behind every table.
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <iterator>
+#include <limits>
+#include <memory>
+#include <new>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+namespace VESKA {
+
+/// An ordered list of at most `Limit` records, as many as the count field in the file can hold.
+///
+/// The list owns its records. They lie in exact-size slots of blocks of memory: a record keeps its
+/// slot, and so its address, until it is deleted or the list is cleared or assigned to. Inserting,
+/// deleting, swapping and moving change positions only. A deleted record's slot is used again.
+///
+/// As loaded, all records lie in order in one block (the base) and cost their own size. The first
+/// edit that disturbs that order adds a vector of pointers, which holds the order from then on.
+///
+/// Positions are 0-based. An operation that is given a position out of range, that would pass
+/// `Limit` or that finds no memory returns null or false and changes nothing. Only copying and
+/// `Reserve` throw (`std::bad_alloc`). One thread at a time.
+template <class Record, int Limit>
+class RecordList {
+  static_assert(Limit > 0 && Limit <= 0xFFFF, "counts in the file have at most 16 bits");
+
+  template <class Value>
+  class Iterator;
+
+ public:
+  RecordList() = default;
+  RecordList(const RecordList& other) : RecordList() { Append(other); }
+  RecordList& operator=(const RecordList& other) {
+    if (this != &other) {
+      RecordList copy(other);
+      Exchange(copy);
+    }
+    return *this;
+  }
+  ~RecordList() { Clear(); }
+
+  int Count() const { return count_; }
+  bool IsEmpty() const { return count_ == 0; }
+
+  /// The record at position `i`, null when out of range.
+  Record* Get(int i) { return InRange(i) ? At(i) : nullptr; }
+  const Record* Get(int i) const { return InRange(i) ? At(i) : nullptr; }
+
+  /// Appends a record made from `arguments` (zero bytes, or an empty object, without any).
+  template <class... Arguments>
+  Record* Add(Arguments&&... arguments) {
+    return Place(count_, std::forward<Arguments>(arguments)...);
+  }
+
+  /// Places a new record before position `i`, which must be that of a record: appending is `Add`'s
+  /// job.
+  template <class... Arguments>
+  Record* Insert(int i, Arguments&&... arguments) {
+    return InRange(i) ? Place(i, std::forward<Arguments>(arguments)...) : nullptr;
+  }
+
+  bool Delete(int i) { return Delete(i, i); }
+
+  /// Deletes the records at positions `first` to `last`, both included; false when first > last.
+  bool Delete(int first, int last) {
+    if (!InRange(first) || !InRange(last) || first > last) return false;
+    const bool at_end = last == count_ - 1 && edits_ == nullptr;
+    if (!at_end && !StartEdits()) return false;
+    for (int i = first; i <= last; ++i) std::destroy_at(At(i));
+    if (!at_end) edits_->Remove(first, last);
+    count_ = static_cast<std::uint16_t>(count_ - (last - first + 1));
+    return true;
+  }
+
+  bool Swap(int a, int b) {
+    if (!InRange(a) || !InRange(b)) return false;
+    if (a == b) return true;
+    if (!StartEdits()) return false;
+    std::swap(edits_->order[Index(a)], edits_->order[Index(b)]);
+    return true;
+  }
+
+  /// Moves the block of records at positions `first` to `last` so that it stands at `first + shift`
+  /// to `last + shift`. An empty block (first = last + 1) moves nothing and is true; first > last +
+  /// 1 is false.
+  bool Move(int first, int last, int shift) {
+    const auto to = std::int64_t{first} + shift;
+    if (!InRange(first) || !InRange(last) || first > last + 1 || to < 0 ||
+        std::int64_t{last} + shift >= count_) {
+      return false;
+    }
+    if (shift == 0 || first > last) return true;
+    if (!StartEdits()) return false;
+    const auto begin = edits_->order.begin();
+    if (shift > 0) {
+      std::rotate(begin + first, begin + last + 1, begin + last + 1 + shift);
+    } else {
+      std::rotate(begin + first + shift, begin + first, begin + last + 1);
+    }
+    return true;
+  }
+
+  void Clear() {
+    if constexpr (!std::is_trivially_destructible_v<Record>) {
+      for (Record& record : *this) std::destroy_at(&record);
+    }
+    delete edits_;
+    ::operator delete(base_);
+    base_ = nullptr;
+    edits_ = nullptr;
+    count_ = capacity_ = 0;
+    spare_ = 0;
+  }
+
+  /// On an empty list: makes room for `count` records in one block, and for `spare` bytes behind
+  /// them that `Spare` hands out. Otherwise does nothing. Throws `std::bad_alloc`.
+  void Reserve(int count, std::uint32_t spare = 0) {
+    if (count_ != 0 || edits_ != nullptr || count > Limit) return;
+    if (count <= capacity_ && spare <= spare_) return;
+    ::operator delete(std::exchange(base_, nullptr));
+    capacity_ = 0;
+    spare_ = 0;
+    const std::size_t size = Index(count) * sizeof(Record);
+    if (spare > std::numeric_limits<std::size_t>::max() - size) throw std::bad_alloc();
+    base_ = static_cast<Record*>(::operator new(size + spare));
+    capacity_ = static_cast<std::uint16_t>(count);
+    spare_ = spare;
+  }
+
+  /// The spare bytes of `Reserve`. They live until the list is cleared.
+  unsigned char* Spare() { return reinterpret_cast<unsigned char*>(base_ + capacity_); }
+  std::uint32_t SpareSize() const { return spare_; }
+
+  /// Makes the list `count` records whose bytes the caller sets next. For records that are plain
+  /// bytes.
+  Record* Load(int count) {
+    static_assert(std::is_trivially_copyable_v<Record>);
+    Clear();
+    Reserve(count);
+    count_ = capacity_;
+    return base_;
+  }
+
+  /// The records as one array while they lie in order in one block, else null.
+  const Record* Contiguous() const { return edits_ == nullptr ? base_ : nullptr; }
+
+  /// Equal when the records are, in order.
+  bool operator==(const RecordList& other) const {
+    return count_ == other.count_ && std::equal(begin(), end(), other.begin());
+  }
+
+  auto begin() { return Iterator<Record>(this, 0); }
+  auto end() { return Iterator<Record>(this, count_); }
+  auto begin() const { return Iterator<const Record>(this, 0); }
+  auto end() const { return Iterator<const Record>(this, count_); }
+
+ protected:
+  void Exchange(RecordList& other) noexcept {
+    std::swap(base_, other.base_);
+    std::swap(edits_, other.edits_);
+    std::swap(count_, other.count_);
+    std::swap(capacity_, other.capacity_);
+    std::swap(spare_, other.spare_);
+  }
+
+ private:
+  /// What a list needs once its records no longer lie in order in the base.
+  struct Edits {
+    struct Free {
+      void operator()(void* block) const { ::operator delete(block); }
+    };
+
+    void Remove(int first, int last) {
+      const auto from = order.begin() + first;
+      const auto to = order.begin() + last + 1;
+      try {
+        free.insert(free.end(), from, to);
+      } catch (const std::bad_alloc&) {
+        // The slots stay unused until the list is cleared.
+      }
+      order.erase(from, to);
+    }
+
+    /// A free slot. Throws `std::bad_alloc`.
+    Record* TakeSlot() {
+      if (!free.empty()) return Pop(free);
+      if (next == end) {
+        const std::size_t slots = std::clamp<std::size_t>(order.size(), 4, 4096);
+        blocks.reserve(blocks.size() + 1);
+        blocks.emplace_back(::operator new(slots * sizeof(Record)));
+        next = static_cast<Record*>(blocks.back().get());
+        end = next + slots;
+      }
+      return next++;
+    }
+
+    static Record* Pop(std::vector<Record*>& slots) {
+      Record* slot = slots.back();
+      slots.pop_back();
+      return slot;
+    }
+
+    std::vector<Record*> order;
+    std::vector<Record*> free;
+    std::vector<std::unique_ptr<void, Free>> blocks;
+    Record* next = nullptr;
+    Record* end = nullptr;
+  };
+
+  static std::size_t Index(int i) { return static_cast<std::size_t>(i); }
+  bool InRange(int i) const { return i >= 0 && i < count_; }
+  Record* At(int i) const { return edits_ == nullptr ? base_ + i : edits_->order[Index(i)]; }
+
+  bool StartEdits() {
+    if (edits_ != nullptr) return true;
+    try {
+      auto edits = std::make_unique<Edits>();
+      edits->order.reserve(Index(count_) + 1);
+      for (int i = 0; i < count_; ++i) edits->order.push_back(base_ + i);
+      edits->next = base_ + count_;
+      edits->end = base_ + capacity_;
+      edits_ = edits.release();
+      return true;
+    } catch (const std::bad_alloc&) {
+      return false;
+    }
+  }
+
+  template <class... Arguments>
+  Record* Place(int i, Arguments&&... arguments) {
+    if (count_ == Limit) return nullptr;
+    try {
+      if (capacity_ == 0 && edits_ == nullptr) Reserve(std::min(4, Limit));
+      Record* slot = nullptr;
+      if (edits_ == nullptr && i == count_ && count_ < capacity_) {
+        slot = Construct(base_ + i, std::forward<Arguments>(arguments)...);
+      } else {
+        if (!StartEdits()) return nullptr;
+        slot = PlaceEdited(i, std::forward<Arguments>(arguments)...);
+      }
+      ++count_;
+      return slot;
+    } catch (const std::bad_alloc&) {
+      return nullptr;
+    }
+  }
+
+  template <class... Arguments>
+  Record* PlaceEdited(int i, Arguments&&... arguments) {
+    edits_->order.insert(edits_->order.begin() + i, nullptr);
+    try {
+      Record* slot = edits_->TakeSlot();
+      Construct(slot, std::forward<Arguments>(arguments)...);
+      return edits_->order[Index(i)] = slot;
+    } catch (...) {
+      edits_->order.erase(edits_->order.begin() + i);
+      throw;
+    }
+  }
+
+  template <class... Arguments>
+  static Record* Construct(Record* slot, Arguments&&... arguments) {
+    return ::new (static_cast<void*>(slot)) Record(std::forward<Arguments>(arguments)...);
+  }
+
+  void Append(const RecordList& other) {
+    Reserve(other.count_);
+    if constexpr (std::is_trivially_copyable_v<Record>) {
+      if (other.count_ != 0 && other.edits_ == nullptr) {
+        std::memcpy(base_, other.base_, Index(other.count_) * sizeof(Record));
+        count_ = other.count_;
+        return;
+      }
+    }
+    for (const Record& record : other) {
+      Construct(base_ + count_, record);
+      ++count_;
+    }
+  }
+
+  // 24 bytes in all: a file may hold tens of thousands of lists with a record or two each.
+  Record* base_ = nullptr;
+  Edits* edits_ = nullptr;
+  std::uint16_t count_ = 0;
+  std::uint16_t capacity_ = 0;  // records that fit into the base
+  std::uint32_t spare_ = 0;     // bytes behind them
+};
+
+template <class Record, int Limit>
+template <class Value>
+class RecordList<Record, Limit>::Iterator {
+ public:
+  using difference_type = std::ptrdiff_t;
+  using value_type = Record;
+  using pointer = Value*;
+  using reference = Value&;
+  using iterator_category = std::forward_iterator_tag;
+
+  Iterator() = default;
+  Iterator(const RecordList* list, int i) : list_(list), i_(i) {}
+  reference operator*() const { return *list_->At(i_); }
+  pointer operator->() const { return list_->At(i_); }
+  Iterator& operator++() {
+    ++i_;
+    return *this;
+  }
+  Iterator operator++(int) { return {list_, i_++}; }
+  bool operator==(const Iterator& other) const { return i_ == other.i_; }
+
+ private:
+  const RecordList* list_ = nullptr;
+  int i_ = 0;
+};
+
+}  // namespace VESKA

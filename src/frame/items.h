@@ -1,0 +1,58 @@
+/// Lists of items: start addresses in a row, then the tables that they point to.
+#pragma once
+
+#include <veska/RecordList.h>
+
+#include <cstdint>
+
+#include "frame/image.h"
+
+namespace VESKA {
+
+/// The width of a start address in the file in bytes.
+inline constexpr unsigned long kAddressSize = 4;
+
+/// Fills `items` with `count` items whose addresses stand packed at `pointers`, and reads each
+/// item's table there. Both count from the start of `image`.
+template <auto Address, auto Table, class Item, int Limit>
+void ReadItems(const ImageReader& image, std::uint64_t pointers, int count,
+               RecordList<Item, Limit>& items) {
+  const auto n = static_cast<std::uint64_t>(count);
+  image.Bytes(pointers, kAddressSize * n);
+  image.Spend(sizeof(Item) * n);
+  items.Reserve(count);
+  for (std::uint64_t i = 0; i < n; ++i) {
+    items.Add()->*Address = image.Long(pointers + kAddressSize * i);
+  }
+  for (Item& item : items) (item.*Table).Read(image.At(item.*Address));
+}
+
+/// Completes each item's table and gives it its address, the first one right behind the addresses.
+/// Returns the address behind the last table.
+template <auto Address, auto Table, class Item, int Limit>
+unsigned long CompleteItems(unsigned long pointers, RecordList<Item, Limit>& items) {
+  unsigned long address = pointers + kAddressSize * static_cast<unsigned long>(items.Count());
+  for (Item& item : items) {
+    item.*Address = static_cast<std::uint32_t>(address);
+    (item.*Table).AutoComplete();
+    address += (item.*Table).GetDataSize();
+  }
+  return address;
+}
+
+/// Writes the addresses as stored at `pointers`, and the tables back to back behind them.
+template <auto Address, auto Table, class Item, int Limit>
+void WriteItems(const ImageWriter& out, std::uint64_t pointers,
+                const RecordList<Item, Limit>& items) {
+  std::uint64_t position = pointers + kAddressSize * static_cast<std::uint64_t>(items.Count());
+  for (const Item& item : items) {
+    const unsigned long size = (item.*Table).GetDataSize();
+    if (size == 0) out.Refuse();  // its address would name what follows
+    out.PutLong(pointers, item.*Address);
+    (item.*Table).Write(out.At(position));
+    pointers += kAddressSize;
+    position += size;
+  }
+}
+
+}  // namespace VESKA

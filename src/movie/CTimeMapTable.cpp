@@ -1,0 +1,63 @@
+#include <veska/CTimeMapTable.h>
+
+#include "frame/image.h"
+
+namespace VESKA {
+
+CTimeMapTable::~CTimeMapTable() = default;
+
+void CTimeMapTable::Clear() {
+  header_ = {};
+  ClearTimeEntrys();
+  ClearVobuEntrys();
+}
+
+bool CTimeMapTable::Parse(unsigned char* const data) { return ParseTable(*this, data); }
+
+void CTimeMapTable::Read(const ImageReader& image) {
+  Clear();
+  image.Copy(0, header_);
+  image.CopyAll(sizeof header_, header_.TM_ENT_Ns, times_);
+  image.CopyAll(sizeof header_ + sizeof(tag_TM_ENT) * header_.TM_ENT_Ns, header_.VOBU_ENT_Ns,
+                vobus_);
+}
+
+unsigned long CTimeMapTable::GetPackCount() {
+  std::uint32_t packs = 0;
+  for (const tag_VOBU_ENT& vobu : vobus_) packs += vobu.VOBU_SZ();
+  return packs;
+}
+
+unsigned long CTimeMapTable::GetFieldCount() {
+  std::uint32_t fields = 0;
+  for (const tag_VOBU_ENT& vobu : vobus_) fields += vobu.VOBU_PB_TM();
+  return fields;
+}
+
+void CTimeMapTable::AutoComplete() {
+  header_.TM_ENT_Ns = static_cast<std::uint16_t>(GetTimeENCount());
+  header_.VOBU_ENT_Ns = static_cast<std::uint16_t>(GetVobuENCount());
+}
+
+unsigned long CTimeMapTable::GetDataSize() const {
+  if (IsEmpty()) return 0;
+  return SizeOf<tag_TMAP_GI>() + SizeOf<tag_TM_ENT>(header_.TM_ENT_Ns) +
+         SizeOf<tag_VOBU_ENT>(header_.VOBU_ENT_Ns);
+}
+
+void CTimeMapTable::GetData(unsigned char* out) { Write(ImageWriter(out)); }
+
+void CTimeMapTable::Write(const ImageWriter& out) const {
+  if (IsEmpty()) return;
+  out.Put(0, header_);
+  out.PutAll(sizeof header_, times_);
+  out.PutAll(sizeof header_ + sizeof(tag_TM_ENT) * static_cast<std::uint64_t>(times_.Count()),
+             vobus_);
+}
+
+bool CTimeMapTable::operator==(const CTimeMapTable& other) const {
+  if (IsEmpty() && other.IsEmpty()) return true;
+  return header_ == other.header_ && times_ == other.times_ && vobus_ == other.vobus_;
+}
+
+}  // namespace VESKA

@@ -1,0 +1,133 @@
+#include <veska/CPGCInfo.h>
+
+#include <algorithm>
+
+#include "frame/image.h"
+#include "frame/items.h"
+
+namespace VESKA {
+namespace {
+
+constexpr unsigned kFirstStillKind =
+    0x20;  // the kind in bits 7 to 5 of a cell's C_TY: 000 for movie
+
+/// Calls `action` with the cell as the class that its type names.
+template <class Action>
+auto AsItsClass(CBaseCell* cell, Action&& action) {
+  if (cell->GetType() == CELL_MOVIE) return action(static_cast<CMovieCell&>(*cell));
+  return action(static_cast<CStillCell&>(*cell));
+}
+
+}  // namespace
+
+CPGCInfo::CellItem::CellItem(tag_CELL_TYPE type) {
+  if (type != CELL_MOVIE) own_.emplace<CStillCell>();
+  CI = Own();
+}
+
+CPGCInfo::CellItem::CellItem(const CellItem& other) : CellItem(other.CI->GetType()) {
+  AsItsClass(other.CI, [this](const auto& cell) {
+    std::get<std::remove_cvref_t<decltype(cell)>>(own_) = cell;
+  });
+}
+
+CPGCInfo::CellItem::~CellItem() {
+  if (CI != Own()) delete CI;
+}
+
+CBaseCell* CPGCInfo::CellItem::Own() {
+  return std::visit([](CBaseCell& cell) { return &cell; }, own_);
+}
+
+bool CPGCInfo::CellItem::operator==(const CellItem& other) const {
+  if (CI_SA != other.CI_SA || CI->GetType() != other.CI->GetType()) return false;
+  return AsItsClass(
+      CI, [&other](const auto& cell) { return cell == static_cast<decltype(cell)>(*other.CI); });
+}
+
+CPGCInfo::~CPGCInfo() = default;
+
+void CPGCInfo::Clear() {
+  header_ = {};
+  programs_.Clear();
+  cells_.Clear();
+}
+
+bool CPGCInfo::Parse(unsigned char* const data) { return ParseTable(*this, data); }
+
+void CPGCInfo::Read(const ImageReader& image) {
+  Clear();
+  image.Copy(0, header_);
+  image.CopyAll(sizeof header_, header_.PG_Ns, programs_);
+
+  const std::uint64_t pointers = sizeof header_ + sizeof(tag_PGI) * header_.PG_Ns;
+  const std::uint64_t count = header_.CI_SRP_Ns;
+  image.Bytes(pointers, kAddressSize * count);
+  image.Spend(sizeof(CellItem) * count);
+  cells_.Reserve(header_.CI_SRP_Ns);
+  for (std::uint64_t i = 0; i < count; ++i) {
+    const std::uint32_t address = image.Long(pointers + kAddressSize * i);
+    const bool is_still = image.Byte(std::uint64_t{address} + 1) >= kFirstStillKind;
+    CellItem* item = cells_.Add(is_still ? CELL_STILL : CELL_MOVIE);
+    item->CI_SA = address;
+    AsItsClass(item->CI, [&](auto& cell) { cell.Read(image.At(address)); });
+  }
+}
+
+int CPGCInfo::GetPGStartCellID(int pg) {
+  int cells = 0;
+  const int end = pg >= 0 && pg < GetPGCount() ? pg : GetPGCount();
+  for (int i = 0; i < end; ++i) cells += GetPGNode(i)->C_Ns;
+  return cells;
+}
+
+CPGCInfo::PG_VOB_TYPE CPGCInfo::GetProgramVOBType(int pg) {
+  const tag_PGI* program = GetPGNode(pg);
+  if (program == nullptr) return PG_VOB_INVALID;
+  const int first = GetPGStartCellID(pg);
+  const int end = std::min(first + program->C_Ns, GetCellCount());
+  bool has_movie = false;
+  bool has_still = false;
+  for (int i = first; i < end; ++i) {
+    (GetCellNode(i)->CI->GetType() == CELL_MOVIE ? has_movie : has_still) = true;
+  }
+  if (!has_movie) return PG_VOB_STILL;
+  return has_still ? PG_VOB_MIXED : PG_VOB_MOVIE;
+}
+
+void CPGCInfo::AutoComplete() {
+  header_.PG_Ns = static_cast<std::uint8_t>(GetPGCount());
+  header_.CI_SRP_Ns = static_cast<std::uint16_t>(GetCellCount());
+  unsigned long address =
+      SizeOf<tag_PGC_GI>() + SizeOf<tag_PGI>(header_.PG_Ns) + kAddressSize * header_.CI_SRP_Ns;
+  for (CellItem& item : cells_) {
+    item.CI->AutoComplete();
+    item.CI_SA = static_cast<std::uint32_t>(address);
+    address += item.CI->GetDataSize();
+  }
+}
+
+unsigned long CPGCInfo::GetDataSize() const {
+  unsigned long size = SizeOf<tag_PGC_GI>() + SizeOf<tag_PGI>(GetPGCount()) +
+                       kAddressSize * static_cast<unsigned long>(GetCellCount());
+  for (const CellItem& item : cells_) size += item.CI->GetDataSize();
+  return size;
+}
+
+void CPGCInfo::GetData(unsigned char* out) { Write(ImageWriter(out)); }
+
+void CPGCInfo::Write(const ImageWriter& out) const {
+  out.Put(0, header_);
+  out.PutAll(sizeof header_, programs_);
+  std::uint64_t pointer =
+      sizeof header_ + sizeof(tag_PGI) * static_cast<std::uint64_t>(GetPGCount());
+  std::uint64_t position = pointer + kAddressSize * static_cast<std::uint64_t>(GetCellCount());
+  for (const CellItem& item : cells_) {
+    out.PutLong(pointer, item.CI_SA);
+    AsItsClass(item.CI, [&](const auto& cell) { cell.Write(out.At(position)); });
+    pointer += kAddressSize;
+    position += item.CI->GetDataSize();
+  }
+}
+
+}  // namespace VESKA

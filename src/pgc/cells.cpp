@@ -1,0 +1,114 @@
+#include <veska/CMovieCell.h>
+#include <veska/CStillCell.h>
+
+#include "frame/image.h"
+
+namespace VESKA {
+namespace {
+
+constexpr unsigned kKindMask = 0xE0;  // bits 7 to 5 of C_TY
+constexpr unsigned kStillKind = 0x20;
+
+/// The bytes that an entry point takes in the file.
+template <class Entry>
+constexpr unsigned long EntrySize(std::uint8_t EP_TY) {
+  return kFileSize<Entry> + (IsLongEntry(EP_TY) ? kEntryBlockSize : 0);
+}
+
+}  // namespace
+
+CBaseCell::~CBaseCell() = default;
+CMovieCell::~CMovieCell() = default;
+CStillCell::~CStillCell() = default;
+
+template <class Header, class Entry, tag_CELL_TYPE Type>
+bool CellOf<Header, Entry, Type>::Parse(unsigned char* const data) {
+  return ParseTable(*this, data);
+}
+
+template <class Header, class Entry, tag_CELL_TYPE Type>
+void CellOf<Header, Entry, Type>::Clear() {
+  header_ = {};
+  entries_.Clear();
+}
+
+template <class Header, class Entry, tag_CELL_TYPE Type>
+void CellOf<Header, Entry, Type>::Read(const ImageReader& image) {
+  Clear();
+  image.Copy(0, header_);
+  const int count = header_.C_EPI_Ns;
+  image.Spend(sizeof(Entry) * static_cast<std::uint64_t>(count));
+
+  std::uint64_t end = sizeof header_;
+  std::uint64_t blocks = 0;
+  for (int i = 0; i < count; ++i) {
+    const std::uint8_t type = image.Byte(end);
+    end += EntrySize<Entry>(type);
+    if (IsLongEntry(type)) blocks += kEntryBlockSize;
+  }
+  image.Bytes(0, end);
+  image.Spend(blocks);
+
+  unsigned char* room = entries_.Reserve(count, blocks);
+  std::uint64_t position = sizeof header_;
+  for (int i = 0; i < count; ++i) {
+    Entry entry{};
+    image.Copy(position, entry);
+    const auto size = EntrySize<Entry>(entry.EP_TY);
+    const unsigned char* bytes = image.Bytes(position, size);
+    entries_.Append(entry, bytes + kFileSize<Entry>, size - kFileSize<Entry>, room);
+    position += size;
+  }
+}
+
+template <class Header, class Entry, tag_CELL_TYPE Type>
+Entry* CellOf<Header, Entry, Type>::WithBlock(Entry* entry, int i, tag_CELL_ENTRY_TYPE type) {
+  if (entry == nullptr || type != CELL_ENTRY_LONG) return entry;
+  if (entries_.SetBlock(*entry, nullptr, kEntryBlockSize)) return entry;
+  entries_.Delete(i);
+  return nullptr;
+}
+
+template <class Header, class Entry, tag_CELL_TYPE Type>
+void CellOf<Header, Entry, Type>::AutoComplete() {
+  header_.C_EPI_Ns = static_cast<std::uint16_t>(GetCount());
+  const unsigned rest = header_.C_TY & ~kKindMask;
+  header_.C_TY = static_cast<std::uint8_t>(rest | (Type == CELL_STILL ? kStillKind : 0));
+}
+
+template <class Header, class Entry, tag_CELL_TYPE Type>
+unsigned long CellOf<Header, Entry, Type>::GetDataSize() const {
+  unsigned long size = sizeof header_;
+  int left = header_.C_EPI_Ns;
+  for (const Entry& entry : entries_) {
+    if (left-- == 0) break;
+    size += EntrySize<Entry>(entry.EP_TY);
+  }
+  return size;
+}
+
+template <class Header, class Entry, tag_CELL_TYPE Type>
+void CellOf<Header, Entry, Type>::GetData(unsigned char* out) {
+  Write(ImageWriter(out));
+}
+
+template <class Header, class Entry, tag_CELL_TYPE Type>
+void CellOf<Header, Entry, Type>::Write(const ImageWriter& out) const {
+  static constexpr unsigned char kNoBlock[kEntryBlockSize] = {};
+  out.Put(0, header_);
+  std::uint64_t position = sizeof header_;
+  for (const Entry& entry : entries_) {
+    out.Put(position, entry);
+    if (IsLongEntry(entry.EP_TY)) {
+      const unsigned char* block = entry.block;
+      out.PutBytes(position + kFileSize<Entry>, block != nullptr ? block : kNoBlock,
+                   kEntryBlockSize);
+    }
+    position += EntrySize<Entry>(entry.EP_TY);
+  }
+}
+
+template class CellOf<tag_M_C_GI, tag_M_C_EPI, CELL_MOVIE>;
+template class CellOf<tag_S_C_GI, tag_S_C_EPI, CELL_STILL>;
+
+}  // namespace VESKA

@@ -1,0 +1,192 @@
+/// Images built byte by byte, so that a test states what stands in the file instead of asking the
+/// library for it.
+///
+/// The fields of records lie unaligned and the macros of GoogleTest take references, so the tests
+/// read a field by value: with a unary plus.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <veska/veska.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <fstream>
+#include <iterator>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace VESKA {
+
+struct Bytes : std::vector<unsigned char> {
+  using std::vector<unsigned char>::vector;
+
+  Bytes& operator+=(const Bytes& more) {
+    insert(end(), more.begin(), more.end());
+    return *this;
+  }
+  friend Bytes operator+(Bytes bytes, const Bytes& more) { return bytes += more; }
+
+  Bytes Part(std::size_t offset, std::size_t size) const {
+    const auto from = begin() + static_cast<std::ptrdiff_t>(offset);
+    return {from, from + static_cast<std::ptrdiff_t>(size)};
+  }
+  /// The same with `other` in the place of the bytes at `offset`.
+  Bytes With(std::size_t offset, const Bytes& other) const {
+    Bytes result = *this;
+    for (std::size_t i = 0; i < other.size(); ++i) result.at(offset + i) = other[i];
+    return result;
+  }
+};
+
+inline Bytes Zeros(std::size_t size) { return Bytes(size); }
+/// A number of `width` bytes, the most significant one first.
+inline Bytes Number(std::uint64_t value, unsigned width) {
+  Bytes bytes(width);
+  for (unsigned i = width; i-- > 0; value >>= 8U) bytes[i] = static_cast<unsigned char>(value);
+  return bytes;
+}
+inline Bytes Byte(std::size_t value) { return Number(value, 1); }
+inline Bytes Word(std::size_t value) { return Number(value, 2); }
+inline Bytes Long(std::size_t value) { return Number(value, 4); }
+/// first, first + 1, first + 2 ...: at every place another byte, up to 256.
+inline Bytes Ramp(std::size_t size, unsigned first = 0) {
+  Bytes bytes(size);
+  for (unsigned char& byte : bytes) byte = static_cast<unsigned char>(first++);
+  return bytes;
+}
+/// Pairs of hexadecimal digits with any blanks between them.
+inline Bytes Hex(const std::string& digits) {
+  Bytes bytes;
+  for (std::size_t i = 0; i < digits.size(); ++i) {
+    if (digits[i] == ' ') continue;
+    bytes.push_back(static_cast<unsigned char>(std::stoul(digits.substr(i, 2), nullptr, 16)));
+    ++i;
+  }
+  return bytes;
+}
+/// The characters, then zeros up to `size`.
+inline Bytes Text(const std::string& text, std::size_t size) {
+  return Zeros(size).With(0, Bytes(text.begin(), text.end()));
+}
+
+/// Numbers from a seed, the same on every platform.
+class Random {
+ public:
+  explicit Random(unsigned seed) : engine_(seed) {}
+  unsigned Below(std::size_t limit) { return static_cast<unsigned>(engine_() % limit); }
+
+ private:
+  std::mt19937 engine_;
+};
+
+/// A cell without entry points.
+inline Bytes MovieCell() { return Zeros(18); }
+inline Bytes StillCell() { return Hex("00 20 00 00 00 00 00 00"); }
+inline Bytes Program(unsigned cells, const Bytes& cell_point) {
+  return Zeros(2) + Word(cells) + Zeros(130) + cell_point;
+}
+/// Addresses of `width` bytes, the first one `base`, then what they point to back to back.
+inline Bytes Pointed(std::size_t base, const std::vector<Bytes>& parts) {
+  Bytes pointers;
+  Bytes behind;
+  for (const Bytes& part : parts) {
+    pointers += Long(base + 4 * parts.size() + behind.size());
+    behind += part;
+  }
+  return pointers + behind;
+}
+inline Bytes Chain(const std::vector<Bytes>& programs, const std::vector<Bytes>& cells) {
+  Bytes chain = Byte(0) + Byte(programs.size()) + Word(cells.size());
+  for (const Bytes& program : programs) chain += program;
+  return chain + Pointed(chain.size(), cells);
+}
+inline Bytes UserChains(const std::vector<Bytes>& chains) {
+  const Bytes rest = Pointed(6, chains);
+  return Byte(0) + Byte(chains.size()) + Long(5 + rest.size()) + rest;
+}
+inline Bytes PlayLists(const std::vector<Bytes>& play_lists) {
+  Bytes table = Zeros(3) + Byte(play_lists.size()) + Long(7 + 146 * play_lists.size());
+  for (const Bytes& play_list : play_lists) table += play_list;
+  return table;
+}
+
+/// A whole file: its tables, which `Image` lays out.
+struct File {
+  Bytes header = Text("DVD_RTR_VMG0", 512);
+  Bytes play_lists = PlayLists({});
+  Bytes movie = Hex("00 00 00 00 00 00 00 07");
+  Bytes still = Hex("00 00 00 00 00 00 00 07");
+  Bytes chain = Chain({}, {});
+  Bytes user_chains;
+  Bytes texts;
+  Bytes manufacturers;
+
+  Bytes Image() const {
+    Bytes image = header + play_lists;
+    image = image.With(28, Long(image.size() - 1));
+    const auto add = [&image](std::size_t pointer, const Bytes& table) {
+      if (!table.empty()) image = image.With(pointer, Long(image.size())) + table;
+    };
+    add(256, movie);
+    add(260, still);
+    add(304, chain);
+    add(308, user_chains);
+    add(352, texts);
+    add(356, manufacturers);
+    return image.With(12, Long(image.size() - 1));
+  }
+};
+
+template <class Record>
+Bytes MemoryOf(const Record& record) {
+  const auto* bytes = reinterpret_cast<const unsigned char*>(&record);
+  return {bytes, bytes + sizeof record};
+}
+
+/// Parses bytes that end where their memory ends, so that a sanitizer sees any read past them.
+template <class Table, class... Arguments>
+void Parse(Table& table, const Bytes& bytes, Arguments... arguments) {
+  Bytes image = bytes;
+  EXPECT_TRUE(table.Parse(image.data(), arguments...));
+  EXPECT_EQ(image, bytes) << "parsing changed the image";
+}
+
+/// What a table writes, which must be what its size says and must not change it.
+template <class Table>
+Bytes Written(Table& table) {
+  constexpr std::size_t kGuard = 64;
+  const std::size_t size = table.GetDataSize();
+  Bytes out(kGuard + size + kGuard, 0xEE);
+  table.GetData(out.data() + kGuard);
+  const Bytes guard(kGuard, 0xEE);
+  EXPECT_EQ(out.Part(0, kGuard), guard) << "written before the start";
+  EXPECT_EQ(out.Part(kGuard + size, kGuard), guard) << "written past the size";
+  Bytes again(size, 0xEE);
+  table.GetData(again.data());
+  EXPECT_EQ(out.Part(kGuard, size), again) << "writing changed the object";
+  return again;
+}
+
+/// What a table writes once it is complete.
+template <class Table, class... Arguments>
+Bytes Completed(Table& table, Arguments... arguments) {
+  table.AutoComplete(arguments...);
+  return Written(table);
+}
+
+inline bool Load(CVMGInfo& info, const Bytes& image, unsigned char flags = CVMGInfo::kLoadAll) {
+  Bytes copy = image;
+  const bool loaded =
+      info.LoadFromMemory(copy.data(), static_cast<unsigned long>(copy.size()), flags);
+  EXPECT_EQ(copy, image) << "loading changed the image";
+  return loaded;
+}
+
+inline Bytes ReadFile(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  return Bytes(std::istreambuf_iterator<char>(file), {});
+}
+inline Bytes Sample(const std::string& name) { return ReadFile(VESKA_SAMPLES "/" + name + ".ifo"); }
+
+}  // namespace VESKA

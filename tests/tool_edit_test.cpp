@@ -1,0 +1,227 @@
+// What `veska edit` does to a file, and what it refuses.
+#include <command.h>
+#include <edit_operations.h>
+#include <gtest/gtest.h>
+#include <tool_io.h>
+#include <veska/veska.h>
+
+#include <algorithm>
+#include <filesystem>
+
+namespace {
+
+namespace fs = std::filesystem;
+using namespace VESKA;
+using namespace veska_tool;
+
+fs::path Sample(const std::string& name) { return fs::path(VESKA_SAMPLES) / (name + ".ifo"); }
+
+/// A folder of its own for a test, removed behind it.
+class EditTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    const auto* test = testing::UnitTest::GetInstance()->current_test_info();
+    folder_ = fs::temp_directory_path() / (std::string("veska_edit_") + test->name());
+    fs::remove_all(folder_);
+    fs::create_directory(folder_);
+  }
+  void TearDown() override { fs::remove_all(folder_); }
+
+  std::string File(const char* name) { return NameOf(folder_ / name); }
+  std::string CopyOf(const char* sample) {
+    std::string copy = File("disc.ifo");
+    fs::copy_file(Sample(sample), copy, fs::copy_options::overwrite_existing);
+    return copy;
+  }
+
+  ExitStatus Run(std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), "edit");
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    const ExitStatus status = RunTool(std::move(arguments));
+    output_ = testing::internal::GetCapturedStdout();
+    messages_ = testing::internal::GetCapturedStderr();
+    return status;
+  }
+
+  fs::path folder_;
+  std::string output_;
+  std::string messages_;
+};
+
+/// The part of a sample that a case looks at, as one line.
+std::string Summary(CVMGInfo& info) {
+  CPGCInfo& chain = info.GetOriginalPGC();
+  std::string text = "programs";
+  for (int i = 0; i < chain.GetPGCount(); ++i) {
+    const tag_PGI* program = chain.GetPGNode(i);
+    text += " " + std::to_string(program->number_132) + "x" + std::to_string(program->C_Ns) + "@" +
+            std::to_string(program->cell_point.cell);
+  }
+  CPlayListSRPTable& play_lists = info.GetMAT().GetPlayListTable();
+  text += ", play lists";
+  for (int i = 0; i < play_lists.GetCount(); ++i)
+    text += " " + std::to_string(play_lists[i]->number_136) + "@" +
+            std::to_string(play_lists[i]->cell_point.cell);
+  return text + ", user chains " + std::to_string(info.GetUserPGCTable().GetCount());
+}
+
+TEST(EditOperations, ChangeWhatTheySay) {
+  // The still camera's disc has the programs 1, 2 and 3 with 4, 3 and 6 cells, each with a point in
+  // its first cell, and a play list with one in cell 3. The full one has four play lists and two
+  // user-defined chains.
+  const struct {
+    const char* sample;
+    std::vector<std::string> words;
+    const char* summary;
+  } cases[] = {
+      {"still_camera", {}, "programs 1x4@1 2x3@5 3x6@8, play lists 1@3, user chains 0"},
+      {"still_camera",
+       {"delete-program", "1"},
+       "programs 2x3@1 3x6@4, play lists 1@65535, user chains 0"},
+      {"still_camera",
+       {"move-program", "1", "3"},
+       "programs 2x3@1 3x6@4 1x4@10, play lists 1@12, user chains 0"},
+      {"still_camera",
+       {"move-program", "3", "1"},
+       "programs 3x6@1 1x4@7 2x3@11, play lists 1@9, user chains 0"},
+      {"still_camera",
+       {"delete-cell", "5"},
+       "programs 1x4@1 2x2@65535 3x6@7, play lists 1@3, user chains 0"},
+      {"still_camera",
+       {"move-cell", "1", "5"},
+       "programs 1x3@5 2x4@4 3x6@8, play lists 1@2, user chains 0"},
+      {"still_camera",
+       {"move-cell", "8", "1"},
+       "programs 1x5@2 2x3@6 3x5@1, play lists 1@4, user chains 0"},
+      {"still_camera",
+       {"split-program", "2", "6"},
+       "programs 1x4@1 2x1@5 2x2@65535 3x6@8, play lists 1@3, user chains 0"},
+      {"still_camera",
+       {"join-programs", "2"},
+       "programs 1x4@1 2x9@5, play lists 1@3, user chains 0"},
+      {"still_camera",
+       {"split-program", "1", "3", "join-programs", "1"},
+       "programs 1x4@1 2x3@5 3x6@8, play lists 1@3, user chains 0"},
+      {"mixed_full",
+       {"delete-playlist", "2", "swap-playlists", "1", "3", "delete-user-chain", "1"},
+       "programs 1x1@7 2x1@14 3x1@7 4x9@2 5x6@14, play lists 61451@17 0@65535 1@3, user chains 1"},
+  };
+  for (const auto& test : cases) {
+    SCOPED_TRACE(test.summary);
+    const auto info = LoadInfo(NameOf(Sample(test.sample)));
+    Edit edit{*info, {}};
+    RunEditSteps(ParseEditSteps(test.words), edit);
+    EXPECT_EQ(Summary(*info), test.summary);
+  }
+}
+
+TEST(EditOperations, SetTexts) {
+  const auto info = LoadInfo(NameOf(Sample("mixed_full")));
+  Edit edit{*info, {}};
+  tag_IT_TXT* text = (*info->GetTextDataMgr()[0]).IT_TXT[0];
+  const auto code = text->code;
+  RunEditSteps(ParseEditSteps({"set-disc-text", "A", "set-program-text", "2", R"(a\\b\x82\xa0)",
+                               "set-playlist-text", "4", "", "set-text", "1", "1", "new",
+                               "set-last-manufacturer", "M"}),
+               edit);
+  const auto bytes = [](const auto& field) { return Readable(field); };
+  EXPECT_EQ(bytes(info->GetMAT().GetHeader().text_93), "A");
+  EXPECT_EQ(bytes(info->GetOriginalPGC().GetPGNode(1)->text_4), R"(a\\b\x82\xa0)");
+  EXPECT_EQ(bytes(info->GetMAT().GetPlayListTable()[3]->text_8), "");
+  EXPECT_EQ(bytes(info->GetMNFInfoTable().GetHeader().LAST_MNF_ID), "M");
+  EXPECT_EQ(text->code, code);
+  EXPECT_EQ(Readable({text->text, text->length}), "new");
+}
+
+TEST_F(EditTest, RefusesWhatIsOutOfRangeAndWritesNothing) {
+  const struct {
+    const char* sample;
+    std::vector<std::string> words;
+    const char* message;
+  } cases[] = {
+      {"still_camera", {"delete-program", "4"}, "the number of a program is 1 to 3, not 4"},
+      {"still_camera", {"delete-program", "0"}, "is 1 to 3, not 0"},
+      {"still_camera", {"move-cell", "1", "14"}, "the number of a cell is 1 to 13, not 14"},
+      {"still_camera", {"delete-cell", "2x"}, "is 1 to 13, not 2x"},
+      {"still_camera", {"split-program", "1", "1"}, "program 1 can be split is 2 to 4, not 1"},
+      {"still_camera", {"join-programs", "3"}, "is 1 to 2, not 3"},
+      {"empty", {"delete-playlist", "1"}, "there is no play list"},
+      {"still_camera", {"delete-cell", "1", "delete-cell", "13"}, "operation 2 (delete-cell 13)"},
+      {"still_camera", {"set-last-manufacturer", "x"}, "no manufacturer table"},
+      {"still_camera", {"set-disc-text", std::string(129, 'x')}, "has 129 bytes, and 128 fit"},
+      {"still_camera", {"set-disc-text", R"(a\n)"}, "a backslash in a text"},
+      {"still_camera", {"frobnicate"}, "no operation 'frobnicate'"},
+      {"still_camera", {"move-cell", "1"}, "move-cell takes N TO"},
+      {"still_camera", {}, "OPERATION"},
+      {"empty", {"delete-program", "1"}, "there is no program"},
+  };
+  for (const auto& test : cases) {
+    SCOPED_TRACE(test.message);
+    std::vector<std::string> arguments = {"-o", File("out.ifo"), NameOf(Sample(test.sample))};
+    arguments.insert(arguments.end(), test.words.begin(), test.words.end());
+    EXPECT_EQ(Run(arguments), ExitStatus::kUsage);
+    EXPECT_NE(messages_.find(test.message), std::string::npos) << messages_;
+    EXPECT_EQ(std::count(messages_.begin(), messages_.end(), '\n'), 1) << messages_;
+    EXPECT_FALSE(fs::exists(File("out.ifo")));
+  }
+}
+
+TEST_F(EditTest, WritesInPlaceAndKeepsWhatWas) {
+  const std::string disc = CopyOf("movie_recorder");
+  const Bytes before = ReadInput(disc);
+  ASSERT_EQ(Run({disc, "--in-place", "delete-program", "3"}), ExitStatus::kDone);
+  EXPECT_EQ(messages_, "veska: " + disc + ": play list 1 named cell 8: it names none now\n");
+  EXPECT_EQ(ReadInput(disc + ".bak"), before);
+  EXPECT_EQ(LoadInfo(disc)->GetOriginalPGC().GetPGCount(), 11);
+
+  const Bytes edited = ReadInput(disc);
+  EXPECT_EQ(Run({disc, "--in-place", "delete-program", "3"}), ExitStatus::kFile);
+  EXPECT_EQ(ReadInput(disc), edited);
+  EXPECT_EQ(ReadInput(disc + ".bak"), before);
+  EXPECT_EQ(Run({disc, "--in-place", "--force", "delete-program", "3"}), ExitStatus::kDone);
+  EXPECT_EQ(ReadInput(disc + ".bak"), edited);
+}
+
+TEST_F(EditTest, WritesOnlyWhereItIsTold) {
+  const std::string disc = CopyOf("movie_recorder");
+  const Bytes before = ReadInput(disc);
+  const std::vector<std::string> operation = {"delete-cell", "1"};
+  const auto run = [&](std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), disc);
+    arguments.insert(arguments.end(), operation.begin(), operation.end());
+    return Run(arguments);
+  };
+  EXPECT_EQ(run({}), ExitStatus::kUsage);
+  EXPECT_EQ(run({"--in-place", "-o", File("out.ifo")}), ExitStatus::kUsage);
+  EXPECT_EQ(run({"--dry-run", "--in-place"}), ExitStatus::kDone);
+  EXPECT_EQ(run({"-o", disc}), ExitStatus::kFile);
+  EXPECT_EQ(ReadInput(disc), before);
+  EXPECT_EQ(std::distance(fs::directory_iterator(folder_), {}), 1);
+  EXPECT_EQ(run({"-o", File("out.ifo")}), ExitStatus::kDone);
+  EXPECT_EQ(LoadInfo(File("out.ifo"))->GetOriginalPGC().GetCellCount(), 39);
+}
+
+TEST_F(EditTest, KeepsTheFileWhenTheResultCannotBeWritten) {
+  const std::string disc = File("disc.ifo");
+  const auto info = LoadInfo(NameOf(Sample("movie_recorder")));
+  CTextDataMgr& texts = info->GetTextDataMgr();
+  texts.Clear();
+  std::vector<unsigned char> text(255, 'x');
+  for (int i = 0; i < 251; ++i) {  // 8 + 251 * (4 + 2 + 255) of 65,536 bytes
+    CTextSet& set = texts.AddNode()->IT_TXT;
+    set.AddNode();
+    set.SetNode(0, {1, 255, text.data()});
+  }
+  texts.AddNode()->IT_TXT.AddNode();
+  texts.AddNode()->IT_TXT.AddNode();
+  info->AutoComplete();
+  SaveInfo(disc, *info, false);
+  const Bytes before = ReadInput(disc);
+  EXPECT_EQ(Run({disc, "--in-place", "set-text", "252", "1", std::string(255, 'x')}),
+            ExitStatus::kFound);
+  EXPECT_EQ(ReadInput(disc), before);
+  EXPECT_FALSE(fs::exists(disc + ".bak"));
+}
+
+}  // namespace

@@ -1,0 +1,128 @@
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cstdio>
+#include <iostream>
+#include <new>
+
+#include "command.h"
+#include "tool_io.h"
+
+namespace veska_tool {
+
+extern const Command kBuildCommand;
+extern const Command kCheckCommand;
+extern const Command kCompleteCommand;
+extern const Command kDiffCommand;
+extern const Command kEditCommand;
+extern const Command kExportCommand;
+extern const Command kHelpCommand;
+extern const Command kShowCommand;
+
+namespace {
+
+constexpr const Command* kCommands[] = {
+    &kShowCommand,  &kCheckCommand,    &kDiffCommand, &kExportCommand,
+    &kBuildCommand, &kCompleteCommand, &kEditCommand, &kHelpCommand,
+};
+
+std::string StatusList() {
+  std::string text = "Exit status:\n";
+  for (const ExitStatus status : kExitStatuses) {
+    text += "  " + std::to_string(static_cast<int>(status)) + "  " + Meaning(status) + "\n";
+  }
+  return text;
+}
+
+std::string Footer(const Command& command) {
+  std::string text = command.description;
+  if (!text.empty()) text += "\n";
+  return text + "Example:\n" + command.examples;
+}
+
+/// What was asked for goes to standard output; a mistake is one line on standard error.
+ExitStatus Report(const CLI::App& app, const CLI::ParseError& error) {
+  if (error.get_exit_code() == 0) {
+    app.exit(error, std::cout, std::cerr);
+    return ExitStatus::kDone;
+  }
+  const auto chosen = app.get_subcommands();
+  const std::string name = chosen.empty() ? "" : " " + chosen.front()->get_name();
+  std::string what = error.what();
+  if (chosen.empty() && error.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError)) {
+    const auto rest = app.remaining();
+    what = rest.empty() ? "a command is required" : "no command is named " + rest.front();
+  }
+  std::replace(what.begin(), what.end(), '\n', ' ');
+  Message("", what + " (see veska" + name + " --help)");
+  return ExitStatus::kUsage;
+}
+
+}  // namespace
+
+std::span<const Command* const> Commands() { return kCommands; }
+
+const char* Meaning(ExitStatus status) {
+  switch (status) {
+    case ExitStatus::kDone:
+      return "done";
+    case ExitStatus::kFound:
+      return "the file is bad, or something was found or differs";
+    case ExitStatus::kUsage:
+      return "wrong usage";
+    case ExitStatus::kFile:
+      return "reading or writing failed";
+  }
+  return "";
+}
+
+ExitStatus Worse(ExitStatus a, ExitStatus b) { return std::max(a, b); }
+
+ExitStatus Guarded(const std::string& where, const std::function<ExitStatus()>& action) {
+  try {
+    return action();
+  } catch (const Failure& failure) {
+    Message(failure.Where(), failure.what());
+    return failure.Status();
+  } catch (const std::bad_alloc&) {
+    Message(where, "there is not enough memory");
+    return ExitStatus::kFile;
+  }
+}
+
+void DeclareAll(CLI::App& app, std::function<ExitStatus()>& run) {
+  app.require_subcommand(1);
+  const auto formatter = app.get_formatter();
+  formatter->label("SUBCOMMAND", "COMMAND");
+  formatter->label("Subcommands", "Commands");
+  formatter->label("Positionals", "Arguments");
+  formatter->label("TEXT", "");
+  formatter->label("REQUIRED", "");
+  app.set_version_flag("--version", "veska " VESKA_VERSION);
+  app.footer(StatusList());
+  for (const Command* command : Commands()) {
+    CLI::App* sub = app.add_subcommand(command->name, command->summary);
+    sub->footer(Footer(*command));
+    const std::function<ExitStatus()> action = command->declare(*sub);
+    sub->final_callback([&run, action] { run = action; });
+  }
+}
+
+ExitStatus RunTool(std::vector<std::string> arguments) {
+  CLI::App app(
+      "Reads, edits, completes and writes the management file of DVD Video Recording discs.",
+      "veska");
+  std::function<ExitStatus()> run;
+  DeclareAll(app, run);
+  try {
+    std::reverse(arguments.begin(), arguments.end());  // as the parser takes them
+    app.parse(std::move(arguments));
+  } catch (const CLI::ParseError& error) {
+    return Report(app, error);
+  }
+  const ExitStatus status = Guarded("", run);
+  return Guarded("", [] { return FlushStandardOutput(), ExitStatus::kDone; }) == ExitStatus::kDone
+             ? status
+             : ExitStatus::kFile;
+}
+
+}  // namespace veska_tool

@@ -1,0 +1,57 @@
+#include <CLI/CLI.hpp>
+#include <iostream>
+
+#include "command.h"
+#include "tool_io.h"
+#include "tree_diff.h"
+
+namespace veska_tool {
+namespace {
+
+struct Options {
+  std::string a;
+  std::string b;
+  bool all = false;
+};
+
+/// Where the bytes of two files with equal tables differ: no table reads them.
+void PrintByteDifference(const Bytes& a, const Bytes& b) {
+  const std::size_t shorter = std::min(a.size(), b.size());
+  const auto first = static_cast<std::size_t>(
+      std::mismatch(a.begin(), a.begin() + static_cast<std::ptrdiff_t>(shorter), b.begin()).first -
+      a.begin());
+  std::cout << "the tables are equal; bytes that belong to no table differ from offset " << first
+            << " (files of " << a.size() << " and " << b.size() << " bytes)\n";
+}
+
+ExitStatus RunDiff(const Options& options) {
+  Bytes bytes_a = ReadInput(options.a);
+  const auto a = LoadInfo(options.a, bytes_a);
+  Bytes bytes_b = ReadInput(options.b);
+  const auto b = LoadInfo(options.b, bytes_b);
+  if (PrintDifferences(*a, *b, options.all, std::cout)) return ExitStatus::kFound;
+  if (bytes_a == bytes_b) return ExitStatus::kDone;
+  PrintByteDifference(bytes_a, bytes_b);
+  return ExitStatus::kFound;
+}
+
+std::function<ExitStatus()> Declare(CLI::App& app) {
+  auto options = std::make_shared<Options>();
+  app.add_option("A", options->a, "First management file; - is standard input")->required();
+  app.add_option("B", options->b, "Second management file")->required();
+  app.add_flag("--all", options->all, "Compare counts, sizes and addresses even if more differs");
+  return [options] { return RunDiff(*options); };
+}
+
+}  // namespace
+
+extern const Command kDiffCommand;
+const Command kDiffCommand = {
+    "diff", "Show what differs between two management files",
+    "One line for each field that differs, and for each record that only one of both has. Items\n"
+    "are numbered from 1, as they stand in the first file. What completing derives (counts, "
+    "sizes,\n"
+    "addresses) is compared when all else is equal, or with --all.\n",
+    "  veska diff before.ifo after.ifo\n", Declare};
+
+}  // namespace veska_tool

@@ -1,0 +1,115 @@
+#include <CLI/CLI.hpp>
+#include <iostream>
+#include <memory>
+
+#include "command.h"
+#include "edit_operations.h"
+#include "tool_io.h"
+
+namespace veska_tool {
+namespace {
+
+namespace fs = std::filesystem;
+
+struct Options {
+  std::string input;
+  std::vector<std::string> words;
+  std::string output;
+  bool in_place = false;
+  bool dry_run = false;
+  bool force = false;
+};
+
+/// Where the result goes, and in place the file as it was: refused before any work is done.
+void CheckPlaces(const Options& options) {
+  const auto fail = [](const std::string& what) {
+    throw Failure(ExitStatus::kUsage, "", what + " (see veska edit --help)");
+  };
+  const bool has_output = !options.output.empty();
+  if (options.in_place && has_output) fail("--in-place and -o exclude each other");
+  if (options.in_place && IsStandard(options.input)) fail("--in-place needs a file");
+  if (!options.in_place && !has_output && !options.dry_run) {
+    fail("-o OUT, --in-place or --dry-run has to say where the result goes");
+  }
+  if (!options.dry_run) {
+    CheckOutput(options.in_place ? options.input + ".bak" : options.output, options.force);
+  }
+}
+
+void Save(const Options& options, const Bytes& before, VESKA::CVMGInfo& info) {
+  if (!options.in_place) return SaveInfo(options.output, info, options.force);
+  ImageOf(options.input, info);
+  const std::string backup = options.input + ".bak";
+  WriteOutput(backup, before, options.force);
+  std::error_code error;
+  const fs::perms permissions = fs::status(PathOf(options.input), error).permissions();
+  if (!error) fs::permissions(PathOf(backup), permissions, error);
+  SaveInfo(options.input, info, true);
+}
+
+ExitStatus Run(const Options& options) {
+  const std::vector<EditStep> steps = ParseEditSteps(options.words);
+  CheckPlaces(options);
+  Bytes before = ReadInput(options.input);
+  const auto info = LoadInfo(options.input, before);
+  Edit edit{*info, {}};
+  RunEditSteps(steps, edit);
+  info->AutoComplete();
+
+  for (const std::string& note : edit.notes) Message(NameOf(PathOf(options.input)), note);
+  if (options.dry_run) {
+    std::cout << "would be " << ImageOf(options.input, *info).size() << " bytes, is "
+              << before.size() << "\n";
+  } else {
+    Save(options, before, *info);
+  }
+  return ExitStatus::kDone;
+}
+
+std::function<ExitStatus()> Declare(CLI::App& app) {
+  auto options = std::make_shared<Options>();
+  app.add_option("IN", options->input, "A management file; - is standard input")->required();
+  app.add_option("OPERATION", options->words, "What to do, in this order; see below")->required();
+  app.add_option("-o,--output", options->output, "The file to write; - is standard output");
+  app.add_flag("--in-place", options->in_place,
+               "Write the result over IN, and keep what IN was as IN.bak");
+  app.add_flag("--dry-run", options->dry_run, "Write nothing; show what would change");
+  app.add_flag("--force", options->force, "Overwrite OUT, or IN.bak");
+  return [options] { return Run(*options); };
+}
+
+std::string Description() {
+  std::string text =
+      "Everything is numbered from 1: programs, cells, play lists, user-defined chains, text sets\n"
+      "and their texts. Cells are those of the original program chain, counted through all its\n"
+      "programs. A number means the file as the operations before it leave it.\n"
+      "\n"
+      "The cell numbers in the header, the play lists and the programs of all chains follow the\n"
+      "cells, and so do the programs' cell counts. A cell number whose cell is deleted becomes\n"
+      "0xFFFF (none), which is reported. Numbers that the format gives no meaning are left alone.\n"
+      "\n"
+      "In a TEXT, \\\\ is a backslash and \\xNN a byte in hexadecimal; all else is taken as it "
+      "is,\n"
+      "whatever the character set of the disc. Where a TEXT begins with -, put -- before IN.\n"
+      "\n"
+      "Operations:\n";
+  for (const EditOperation& operation : EditOperations()) {
+    text += std::string("  ") + operation.name + " " + operation.arguments + "\n        " +
+            operation.help + "\n";
+  }
+  return text;
+}
+
+const std::string kDescription = Description();
+
+}  // namespace
+
+extern const Command kEditCommand;
+const Command kEditCommand = {
+    "edit", "Edit a management file and keep all references in step", kDescription.c_str(),
+    "  veska edit VR_MANGR.IFO -o NEW.IFO delete-program 3 move-cell 5 1\n"
+    "  veska edit VR_MANGR.IFO --dry-run join-programs 2\n"
+    "  veska edit VR_MANGR.IFO --in-place set-program-text 1 'Evening news'\n",
+    Declare};
+
+}  // namespace veska_tool
