@@ -1,6 +1,6 @@
 /// Deletes the first program with its cells, and keeps right what refers to cells by their number:
-/// the header, the play lists and the other programs. (The library keeps no references in step by
-/// itself.)
+/// the header, the play lists and the programs of all chains. (The library keeps no references in
+/// step by itself.)
 #include <veska/veska.h>
 
 #include <filesystem>
@@ -17,6 +17,12 @@ void Renumber(VESKA::tag_CELL_POINT& point, int first, int count) {
     point = {.cell = kNoCell, .position = 0, .position_ext = 0};
   } else {
     point.cell = static_cast<std::uint16_t>(point.cell - count);
+  }
+}
+
+void RenumberPrograms(VESKA::CPGCInfo& chain, int first, int count) {
+  for (int i = 0; i < chain.GetPGCount(); ++i) {
+    Renumber(chain.GetPGNode(i)->cell_point, first, count);
   }
 }
 
@@ -37,8 +43,10 @@ bool DeleteProgram(VESKA::CVMGInfo& info, int index) {
   Renumber(mat.GetHeader().cell_point_85, first, count);
   VESKA::CPlayListSRPTable& play_lists = mat.GetPlayListTable();
   for (int i = 0; i < play_lists.GetCount(); ++i) Renumber(play_lists[i]->cell_point, first, count);
-  for (int i = 0; i < chain.GetPGCount(); ++i) {
-    Renumber(chain.GetPGNode(i)->cell_point, first, count);
+  RenumberPrograms(chain, first, count);
+  VESKA::CUserPGCTable& user_chains = info.GetUserPGCTable();
+  for (int i = 0; i < user_chains.GetCount(); ++i) {
+    RenumberPrograms(user_chains[i]->UD_PGCI, first, count);
   }
   return true;
 }

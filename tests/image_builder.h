@@ -10,9 +10,9 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <random>
 #include <string>
 #include <vector>
 
@@ -69,16 +69,6 @@ inline Bytes Hex(const std::string& digits) {
 inline Bytes Text(const std::string& text, std::size_t size) {
   return Zeros(size).With(0, Bytes(text.begin(), text.end()));
 }
-
-/// Numbers from a seed, the same on every platform.
-class Random {
- public:
-  explicit Random(unsigned seed) : engine_(seed) {}
-  unsigned Below(std::size_t limit) { return static_cast<unsigned>(engine_() % limit); }
-
- private:
-  std::mt19937 engine_;
-};
 
 /// A cell without entry points.
 inline Bytes MovieCell() { return Zeros(18); }
@@ -175,6 +165,24 @@ Bytes Completed(Table& table, Arguments... arguments) {
   return Written(table);
 }
 
+/// What has to hold of every table whose image is as the library writes it.
+template <class Table>
+void ExpectRoundTrip(const Bytes& image) {
+  Table table;
+  Parse(table, image);
+  EXPECT_EQ(Written(table), image);
+  Table copy = table;
+  table.Clear();
+  EXPECT_EQ(MemoryOf(table.GetHeader()), Zeros(sizeof table.GetHeader()));
+  EXPECT_EQ(Completed(copy), image);
+  EXPECT_NE(Completed(table), image);
+  table = copy;
+  copy = *&copy;
+  copy.AutoComplete();  // a copied chain has no addresses of cells yet
+  EXPECT_EQ(Written(copy), image);
+  EXPECT_EQ(Completed(table), image);
+}
+
 inline bool Load(CVMGInfo& info, const Bytes& image, unsigned char flags = CVMGInfo::kLoadAll) {
   Bytes copy = image;
   const bool loaded =
@@ -183,7 +191,7 @@ inline bool Load(CVMGInfo& info, const Bytes& image, unsigned char flags = CVMGI
   return loaded;
 }
 
-inline Bytes ReadFile(const std::string& path) {
+inline Bytes ReadFile(const std::filesystem::path& path) {
   std::ifstream file(path, std::ios::binary);
   return Bytes(std::istreambuf_iterator<char>(file), {});
 }

@@ -10,6 +10,75 @@ namespace {
 tag_IT_TXT TextRecord(unsigned code, Bytes& text) {
   return {static_cast<std::uint8_t>(code), static_cast<std::uint8_t>(text.size()), text.data()};
 }
+
+const Bytes kTexts = Hex("01 03 414243 02 00");
+
+TEST(TextSet, IsReadAndWrittenRecordByRecord) {
+  CTextSet set, copy;
+  Parse(set, kTexts, 7UL);
+  ASSERT_EQ(set.GetCount(), 2);
+  EXPECT_EQ(Bytes(set[0]->text, set[0]->text + set[0]->length), Hex("414243"));
+  EXPECT_EQ(+set[1]->text, nullptr);
+  EXPECT_EQ(Completed(set), kTexts);
+  copy = set;
+  set[0]->text[0] = 0;
+  set.DeleteNode(0);
+  EXPECT_EQ(Written(copy), kTexts);
+  for (const unsigned long size : {0UL, 1UL, 5UL, 6UL}) {  // the last record is read whole
+    Parse(set, kTexts, size);
+    EXPECT_EQ(Written(set), kTexts.Part(0, size == 0 ? 0 : size == 6 ? 7 : 5)) << size;
+  }
+}
+
+TEST(TextSet, SetNodeMakesAnIndependentCopy) {
+  CTextSet set;
+  Parse(set, kTexts, 7UL);
+  Bytes text = Hex("585960"), none;
+  set.SetNode(0, TextRecord(9, text));  // of the same length, and then of others
+  text[0] = 0;
+  EXPECT_EQ(Written(set), Hex("09 03 585960 02 00"));
+  text = Hex("61626364");
+  set.SetNode(1, TextRecord(8, text));
+  for (const int out : {-1, 2, 1000}) set.SetNode(out, TextRecord(1, text));
+  text[0] = 0;
+  EXPECT_EQ(Written(set), Hex("09 03 585960 08 04 61626364"));
+  set.SetNode(0, TextRecord(7, none));
+  EXPECT_EQ(+set[0]->text, nullptr);
+
+  Parse(set, kTexts, 7UL);  // what is its own, whole and in part
+  set.SetNode(0, *set[0]);
+  set.SetNode(1, *set[0]);
+  EXPECT_EQ(Written(set), Hex("01 03 414243 01 03 414243"));
+  tag_IT_TXT part = *set[0];
+  part.text += 1;
+  part.length = 2;
+  set.SetNode(0, part);
+  set.SetNode(1, part = {5, 2, set[1]->text + 1});
+  EXPECT_EQ(Written(set), Hex("01 02 4243 05 02 4243"));
+}
+
+TEST(TextManager, HoldsSetsByAddressAndSize) {
+  const Bytes ten = Hex("01 08") + Text("ABCDEFGH", 8);
+  const Bytes image = Hex("11 77 0002 00000019  0010 000A  001A 0000") + ten;
+  ExpectRoundTrip<CTextDataMgr>(image);
+  CTextDataMgr texts;
+  Parse(texts, Hex("11 77 0002 00000099  0013 000A  0000 0000") + Ramp(3) + ten);
+  EXPECT_EQ(texts[0]->IT_TXT_SA, 0x13);
+  EXPECT_EQ(Completed(texts), image);
+  EXPECT_EQ(texts[0]->IT_TXT_SZ, 10);
+
+  texts.Clear();
+  texts.SetCharSet(0x21);
+  EXPECT_EQ(Completed(texts), Bytes());
+  EXPECT_EQ(+texts.GetHeader().TXTDT_MG_EA, 7U);
+  for (int i = 0; i < 3; ++i) texts.AddNode()->IT_TXT.AddNode()->code = 1;
+  EXPECT_EQ(texts.GetDataSize(), 8U);
+  EXPECT_EQ(Completed(texts).size(), 8U + 12 + 6);
+  texts.DeleteNode(0);
+  EXPECT_EQ(texts.GetDataSize(), 26U);
+  EXPECT_EQ(Completed(texts), Hex("21 00 0002 00000013  0010 0002  0012 0002  01 00  01 00"));
+}
+
 tag_A_MNFI Manufacturer(unsigned char id, Bytes& data) {
   tag_A_MNFI record{};
   std::memset(record.MNF_ID, id, sizeof record.MNF_ID);
@@ -23,140 +92,24 @@ Bytes Item(unsigned char id, const Bytes& data) {
   return Bytes(32, id) + Text("wxyz", 4) + Byte(id) + data;
 }
 
-const Bytes kTexts = Hex("01 03 414243 02 00");
-
-TEST(TextSet, IsReadAndWrittenRecordByRecord) {
-  CTextSet set;
-  Parse(set, kTexts, 7UL);
-  ASSERT_EQ(set.GetCount(), 2);
-  EXPECT_EQ(set[0]->code, 1);
-  EXPECT_EQ(Bytes(set[0]->text, set[0]->text + set[0]->length), Hex("414243"));
-  EXPECT_EQ(set[1]->code, 2);
-  EXPECT_EQ(+set[1]->text, nullptr);
-  EXPECT_EQ(Completed(set), kTexts);
-  for (const unsigned long size : {0UL, 1UL, 5UL, 6UL}) {  // the last record is read whole
-    Parse(set, kTexts, size);
-    EXPECT_EQ(Written(set), kTexts.Part(0, size == 0 ? 0 : size == 6 ? 7 : 5)) << size;
-  }
-}
-
-TEST(TextSet, SetNodeMakesAnIndependentCopy) {
-  CTextSet set;
-  Parse(set, kTexts, 7UL);
-  Bytes text = Hex("585960");
-  set.SetNode(0, TextRecord(9, text));  // of the same length, and then of others
-  text[0] = 0;
-  EXPECT_EQ(Written(set), Hex("09 03 585960 02 00"));
-  text = Hex("61626364");
-  set.SetNode(1, TextRecord(8, text));
-  text[0] = 0;
-  EXPECT_EQ(Written(set), Hex("09 03 585960 08 04 61626364"));
-  Bytes none;
-  set.SetNode(0, TextRecord(7, none));
-  EXPECT_EQ(+set[0]->text, nullptr);
-  for (const int out : {-1, 2, 1000}) set.SetNode(out, TextRecord(1, text));
-  EXPECT_EQ(Written(set), Hex("07 00 08 04 61626364"));
-}
-
-TEST(TextSet, SetNodeTakesWhatIsItsOwn) {
-  CTextSet set;
-  Parse(set, kTexts, 7UL);
-  set.SetNode(0, *set[0]);
-  set.SetNode(1, *set[0]);
-  EXPECT_EQ(Written(set), Hex("01 03 414243 01 03 414243"));
-  tag_IT_TXT part = *set[0];
-  part.text += 1;
-  part.length = 2;
-  set.SetNode(0, part);
-  part = *set[1];
-  part.text += 1;  // of the same length, overlapping
-  part.length = 2;
-  set[1]->length = 2;
-  set.SetNode(1, part);
-  EXPECT_EQ(Written(set), Hex("01 02 4243 01 02 4243"));
-}
-
-TEST(TextSet, CopiesOwnTheirTexts) {
-  CTextSet copy;
-  {
-    CTextSet set;
-    Parse(set, kTexts, 7UL);
-    copy = set;
-    set[0]->text[0] = 0;
-    set.DeleteNode(0);
-  }
-  EXPECT_EQ(Written(copy), kTexts);
-}
-
-TEST(TextManager, IsReadAndWrittenWithItsPointers) {
-  const Bytes ten = Hex("01 08") + Text("ABCDEFGH", 8);
-  const Bytes image = Hex("11 77 0002 00000019  0010 000A  001A 0000") + ten;
-  CTextDataMgr texts;
-  Parse(texts, image);
-  EXPECT_EQ(texts.GetHeader().CHRS, 0x11);
-  EXPECT_EQ(texts.GetHeader().reserved_1, 0x77);
-  EXPECT_EQ(+texts.GetHeader().IT_TXT_SRP_Ns, 2);
-  EXPECT_EQ(+texts.GetHeader().TXTDT_MG_EA, 25U);
-  EXPECT_EQ(texts[0]->IT_TXT_SA, 16);
-  EXPECT_EQ(texts[0]->IT_TXT_SZ, 10);
-  EXPECT_EQ(texts[0]->IT_TXT.GetCount(), 1);
-  EXPECT_TRUE(texts[1]->IT_TXT.IsEmpty());
-  EXPECT_EQ(Completed(texts), image);
-
-  CTextDataMgr elsewhere;
-  Parse(elsewhere, Hex("11 77 0002 00000099  0013 000A  0000 0000") + Ramp(3) + ten);
-  EXPECT_EQ(Completed(elsewhere), image);
-  elsewhere.Clear();
-  EXPECT_EQ(MemoryOf(elsewhere.GetHeader()), Zeros(8));
-}
-
-TEST(TextManager, SizeFollowsTheEndAddressUnlessEmpty) {
-  CTextDataMgr texts;
-  texts.SetCharSet(0x21);
-  EXPECT_EQ(Completed(texts), Bytes());
-  EXPECT_EQ(+texts.GetHeader().TXTDT_MG_EA, 7U);
-  Bytes text = Hex("4142");
-  for (int i = 0; i < 3; ++i) {
-    CTextSet& set = texts.AddNode()->IT_TXT;
-    set.AddNode();
-    set.SetNode(0, TextRecord(1, text));
-  }
-  EXPECT_EQ(texts.GetDataSize(), 8U);
-  texts.AutoComplete();
-  EXPECT_EQ(texts.GetDataSize(), 32U);
-  texts.DeleteNode(0);
-  EXPECT_EQ(texts.GetDataSize(), 32U);
-  EXPECT_EQ(Completed(texts),
-            Hex("21 00 0002 00000017  0010 0004  0014 0004  01 02 4142  01 02 4142"));
-}
-
-const Bytes kTenBytes = Ramp(10, 0xA0);
-
 TEST(Manufacturers, LengthsFollowFromTheAddresses) {
+  const Bytes ten = Ramp(10, 0xA0);
   const Bytes image =
-      Word(2) + Long(125) + Ramp(32) + Word(42) + Word(89) + Item(1, kTenBytes) + Item(2, {});
+      Word(2) + Long(125) + Ramp(32) + Word(42) + Word(89) + Item(1, ten) + Item(2, {});
+  ExpectRoundTrip<CMNFInfoTable>(image);
   CMNFInfoTable table;
   Parse(table, image);
-  EXPECT_EQ(+table.GetHeader().MNFI_Ns, 2);
-  EXPECT_EQ(+table.GetHeader().MNFIT_EA, 125U);
-  EXPECT_EQ(MemoryOf(table.GetHeader()).Part(6, 32), Ramp(32));
-  const tag_A_MNFI first = table[0]->A_MNFI;
-  EXPECT_EQ(first.MNF_ID[31], 1);
-  EXPECT_EQ(first.MNF_FIELD_32[0], 'w');
-  EXPECT_EQ(first.MNF_FIELD_36, 1);
-  ASSERT_EQ(+first.MNF_DATA_SZ, 10U);
-  EXPECT_EQ(Bytes(first.MNF_DATA, first.MNF_DATA + 10), kTenBytes);
+  ASSERT_EQ(+table[0]->A_MNFI.MNF_DATA_SZ, 10U);
+  EXPECT_EQ(Bytes(table[0]->A_MNFI.MNF_DATA, table[0]->A_MNFI.MNF_DATA + 10), ten);
   EXPECT_EQ(+table[1]->MNFI_SA, 89);
-  EXPECT_EQ(+table[1]->A_MNFI.MNF_DATA_SZ, 0U);
   EXPECT_EQ(+table[1]->A_MNFI.MNF_DATA, nullptr);
-  EXPECT_EQ(Completed(table), image);
 }
 
 TEST(Manufacturers, ANegativeLengthIsAnEmptyBlockOrAFailedBoundedLoad) {
-  const Bytes second_first =
+  const Bytes backwards =
       Word(2) + Long(115) + Zeros(32) + Word(79) + Word(42) + Item(2, {}) + Item(1, {});
   const Bytes end_short = Word(1) + Long(40 + 35) + Zeros(32) + Word(40) + Item(1, {});
-  for (const Bytes& image : {second_first, end_short}) {
+  for (const Bytes& image : {backwards, end_short}) {
     CMNFInfoTable table;
     Parse(table, image);
     EXPECT_EQ(table[0]->A_MNFI.MNF_ID[0], 1);
@@ -170,47 +123,30 @@ TEST(Manufacturers, ANegativeLengthIsAnEmptyBlockOrAFailedBoundedLoad) {
 
 TEST(Manufacturers, SetNodeMakesAnIndependentCopyAndKeepsTheAddress) {
   CMNFInfoTable table;
-  Bytes ten = kTenBytes, five = Ramp(5), none;
-  table.AddNode();
-  table.SetNode(0, Manufacturer(1, ten));
-  table.AddNode();
-  table.AutoComplete();
-  EXPECT_EQ(+table[0]->MNFI_SA, 42);
-  EXPECT_EQ(+table[1]->MNFI_SA, 89);
-  EXPECT_EQ(table.GetDataSize(), 126U);
-  table.SetNode(0, Manufacturer(3, five));
-  table.SetNode(1, table[0]->A_MNFI);
-  table.SetNode(0, table[0]->A_MNFI);
-  table.SetNode(2, Manufacturer(9, ten));
-  table.SetNode(-1, Manufacturer(9, ten));
-  five[0] = 99;
-  EXPECT_EQ(+table[0]->MNFI_SA, 42);
-  EXPECT_EQ(table.GetDataSize(), 126U);
-  EXPECT_EQ(Completed(table), Word(2) + Long(125) + Zeros(32) + Word(42) + Word(84) +
-                                  Item(3, Ramp(5)) + Item(3, Ramp(5)));
-
-  CMNFInfoTable copy = table;
-  table[0]->A_MNFI.MNF_DATA[0] = 77;
-  table.SetNode(1, Manufacturer(4, none));
-  EXPECT_EQ(+table[1]->A_MNFI.MNF_DATA, nullptr);
-  table.DeleteNode(0);
-  EXPECT_EQ(Written(copy).Part(42, 42), Item(3, Ramp(5)));
-  EXPECT_EQ(Completed(table), Word(1) + Long(76) + Zeros(32) + Word(40) + Item(4, {}));
-}
-
-TEST(Manufacturers, SizeFollowsTheEndAddressUnlessEmpty) {
-  CMNFInfoTable table;
-  Bytes id = Ramp(32, 7);
+  Bytes id = Ramp(32, 7), ten = Ramp(10), five = Ramp(5), none;
   table.SetLastMNFID(id.data());
   EXPECT_EQ(Completed(table), Bytes());
   EXPECT_EQ(+table.GetHeader().MNFIT_EA, 37U);
   table.AddNode();
+  table.AddNode();
   EXPECT_EQ(table.GetDataSize(), 38U);
-  EXPECT_EQ(Completed(table), Word(1) + Long(76) + Ramp(32, 7) + Word(40) + Zeros(37));
+  table.SetNode(0, Manufacturer(1, ten));
+  table.AutoComplete();
+  EXPECT_EQ(table.GetDataSize(), 126U);
+  table.SetNode(0, Manufacturer(3, five));
+  table.SetNode(1, table[0]->A_MNFI);
+  table.SetNode(0, table[0]->A_MNFI);
+  for (const int out : {-1, 2}) table.SetNode(out, Manufacturer(9, ten));
+  five[0] = 99;
+  EXPECT_EQ(+table[1]->MNFI_SA, 89);
+  EXPECT_EQ(table.GetDataSize(), 126U);
+  EXPECT_EQ(Completed(table), Word(2) + Long(125) + Ramp(32, 7) + Word(42) + Word(84) +
+                                  Item(3, Ramp(5)) + Item(3, Ramp(5)));
+  table[0]->A_MNFI.MNF_DATA[0] = 77;
+  table.SetNode(1, Manufacturer(4, none));
+  EXPECT_EQ(+table[1]->A_MNFI.MNF_DATA, nullptr);
   table.DeleteNode(0);
-  EXPECT_EQ(table.GetDataSize(), 0U);
-  table.Clear();
-  EXPECT_EQ(MemoryOf(table.GetHeader()), Zeros(38));
+  EXPECT_EQ(Completed(table), Word(1) + Long(76) + Ramp(32, 7) + Word(40) + Item(4, {}));
 }
 
 }  // namespace

@@ -8,13 +8,13 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "tool_run.h"
+
 namespace {
 
 namespace fs = std::filesystem;
 using namespace VESKA;
 using namespace veska_tool;
-
-fs::path Sample(const std::string& name) { return fs::path(VESKA_SAMPLES) / (name + ".ifo"); }
 
 /// A folder of its own for a test, removed behind it.
 class EditTest : public testing::Test {
@@ -30,18 +30,16 @@ class EditTest : public testing::Test {
   std::string File(const char* name) { return NameOf(folder_ / name); }
   std::string CopyOf(const char* sample) {
     std::string copy = File("disc.ifo");
-    fs::copy_file(Sample(sample), copy, fs::copy_options::overwrite_existing);
+    fs::copy_file(Sample(std::string(sample) + ".ifo"), copy, fs::copy_options::overwrite_existing);
     return copy;
   }
 
   ExitStatus Run(std::vector<std::string> arguments) {
     arguments.insert(arguments.begin(), "edit");
-    testing::internal::CaptureStdout();
-    testing::internal::CaptureStderr();
-    const ExitStatus status = RunTool(std::move(arguments));
-    output_ = testing::internal::GetCapturedStdout();
-    messages_ = testing::internal::GetCapturedStderr();
-    return status;
+    const ToolRun run = ::RunTool(arguments);
+    output_ = run.out;
+    messages_ = run.err;
+    return run.status;
   }
 
   fs::path folder_;
@@ -109,7 +107,7 @@ TEST(EditOperations, ChangeWhatTheySay) {
   };
   for (const auto& test : cases) {
     SCOPED_TRACE(test.summary);
-    const auto info = LoadInfo(NameOf(Sample(test.sample)));
+    const auto info = LoadInfo(Sample(std::string(test.sample) + ".ifo"));
     Edit edit{*info, {}};
     RunEditSteps(ParseEditSteps(test.words), edit);
     EXPECT_EQ(Summary(*info), test.summary);
@@ -117,7 +115,7 @@ TEST(EditOperations, ChangeWhatTheySay) {
 }
 
 TEST(EditOperations, SetTexts) {
-  const auto info = LoadInfo(NameOf(Sample("mixed_full")));
+  const auto info = LoadInfo(Sample("mixed_full.ifo"));
   Edit edit{*info, {}};
   tag_IT_TXT* text = (*info->GetTextDataMgr()[0]).IT_TXT[0];
   const auto code = text->code;
@@ -158,7 +156,8 @@ TEST_F(EditTest, RefusesWhatIsOutOfRangeAndWritesNothing) {
   };
   for (const auto& test : cases) {
     SCOPED_TRACE(test.message);
-    std::vector<std::string> arguments = {"-o", File("out.ifo"), NameOf(Sample(test.sample))};
+    std::vector<std::string> arguments = {"-o", File("out.ifo"),
+                                          Sample(std::string(test.sample) + ".ifo")};
     arguments.insert(arguments.end(), test.words.begin(), test.words.end());
     EXPECT_EQ(Run(arguments), ExitStatus::kUsage);
     EXPECT_NE(messages_.find(test.message), std::string::npos) << messages_;
@@ -195,6 +194,7 @@ TEST_F(EditTest, WritesOnlyWhereItIsTold) {
   EXPECT_EQ(run({}), ExitStatus::kUsage);
   EXPECT_EQ(run({"--in-place", "-o", File("out.ifo")}), ExitStatus::kUsage);
   EXPECT_EQ(run({"--dry-run", "--in-place"}), ExitStatus::kDone);
+  EXPECT_NE(output_.find("C_Ns"), std::string::npos) << output_;
   EXPECT_EQ(run({"-o", disc}), ExitStatus::kFile);
   EXPECT_EQ(ReadInput(disc), before);
   EXPECT_EQ(std::distance(fs::directory_iterator(folder_), {}), 1);
@@ -204,7 +204,7 @@ TEST_F(EditTest, WritesOnlyWhereItIsTold) {
 
 TEST_F(EditTest, KeepsTheFileWhenTheResultCannotBeWritten) {
   const std::string disc = File("disc.ifo");
-  const auto info = LoadInfo(NameOf(Sample("movie_recorder")));
+  const auto info = LoadInfo(Sample("movie_recorder.ifo"));
   CTextDataMgr& texts = info->GetTextDataMgr();
   texts.Clear();
   std::vector<unsigned char> text(255, 'x');

@@ -45,14 +45,11 @@ class VESKA_API CMovieVOB {
 
   bool operator==(const CMovieVOB& other) const;
 
-  /// For the tables of the library.
+  /// For the tables of the library. `Write` returns `GetDataSize()`.
   void Read(const ImageReader& image);
-  void Write(const ImageWriter& out) const;
+  std::uint64_t Write(const ImageWriter& out) const;
 
  private:
-  /// Where the time map stands: behind the blocks that are present.
-  unsigned TimeMapOffset() const;
-
   tag_M_VOB_GI header_{};
   tag_SMLI seamless_{};
   tag_AGAPI audio_gaps_{};

@@ -94,9 +94,9 @@ class VESKA_API CPGCInfo {
 
   bool operator==(const CPGCInfo&) const = default;
 
-  /// For the tables of the library.
+  /// For the tables of the library. `Write` returns `GetDataSize()`.
   void Read(const ImageReader& image);
-  void Write(const ImageWriter& out) const;
+  std::uint64_t Write(const ImageWriter& out) const;
 
  private:
   /// A cell with its item, so that the cells of a list share one block of memory.

@@ -59,9 +59,9 @@ class VESKA_API CStillVOG {
 
   bool operator==(const CStillVOG& other) const;
 
-  /// For the tables of the library.
+  /// For the tables of the library. `Write` returns `GetDataSize()`.
   void Read(const ImageReader& image);
-  void Write(const ImageWriter& out) const;
+  std::uint64_t Write(const ImageWriter& out) const;
 
  private:
   tag_S_VOG_GI header_{};

@@ -73,9 +73,9 @@ class VESKA_API CTimeMapTable {
 
   bool operator==(const CTimeMapTable& other) const;
 
-  /// For the tables of the library.
+  /// For the tables of the library. `Write` returns `GetDataSize()`.
   void Read(const ImageReader& image);
-  void Write(const ImageWriter& out) const;
+  std::uint64_t Write(const ImageWriter& out) const;
 
  private:
   tag_TMAP_GI header_{};

@@ -52,7 +52,8 @@ class CellOf : public CBaseCell {
   /// Appends an entry point of zero bytes, with a block of zero bytes for `CELL_ENTRY_LONG`; the
   /// host then sets its `EP_TY`. Null beyond 65,535 or without memory.
   Entry* AddNode(tag_CELL_ENTRY_TYPE type) {
-    return WithBlock(entries_.Add(), GetCount() - 1, type);
+    Entry* entry = entries_.Add();
+    return WithBlock(entry, GetCount() - 1, type);
   }
   /// Places such an entry point before position `i`, which must be one's; null otherwise.
   Entry* InsertNode(int i, tag_CELL_ENTRY_TYPE type) {
@@ -65,9 +66,9 @@ class CellOf : public CBaseCell {
     return header_ == other.header_ && entries_ == other.entries_;
   }
 
-  /// For the tables of the library.
+  /// For the tables of the library. `Write` returns `GetDataSize()`.
   void Read(const ImageReader& image);
-  void Write(const ImageWriter& out) const;
+  std::uint64_t Write(const ImageWriter& out) const;
 
  private:
   Entry* WithBlock(Entry* entry, int i, tag_CELL_ENTRY_TYPE type);

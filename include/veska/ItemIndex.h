@@ -65,9 +65,9 @@ class ItemIndex {
 
   bool operator==(const ItemIndex& other) const;
 
-  /// For the tables of the library.
+  /// For the tables of the library. `Write` returns `GetDataSize()`.
   void Read(const ImageReader& table, unsigned long offset);
-  void Write(const ImageWriter& out) const;
+  std::uint64_t Write(const ImageWriter& out) const;
 
  private:
   Header header_{};

@@ -108,6 +108,7 @@ class RecordList {
   }
 
   void Clear() {
+    if (base_ == nullptr && edits_ == nullptr) return;
     if constexpr (!std::is_trivially_destructible_v<Record>) {
       for (Record& record : *this) std::destroy_at(&record);
     }
@@ -156,10 +157,10 @@ class RecordList {
     return count_ == other.count_ && std::equal(begin(), end(), other.begin());
   }
 
-  auto begin() { return Iterator<Record>(this, 0); }
-  auto end() { return Iterator<Record>(this, count_); }
-  auto begin() const { return Iterator<const Record>(this, 0); }
-  auto end() const { return Iterator<const Record>(this, count_); }
+  auto begin() { return Iterator<Record>(base_, Order(), 0); }
+  auto end() { return Iterator<Record>(base_, Order(), count_); }
+  auto begin() const { return Iterator<const Record>(base_, Order(), 0); }
+  auto end() const { return Iterator<const Record>(base_, Order(), count_); }
 
  protected:
   void Exchange(RecordList& other) noexcept {
@@ -216,6 +217,7 @@ class RecordList {
 
   static std::size_t Index(int i) { return static_cast<std::size_t>(i); }
   bool InRange(int i) const { return i >= 0 && i < count_; }
+  Record* const* Order() const { return edits_ == nullptr ? nullptr : edits_->order.data(); }
   Record* At(int i) const { return edits_ == nullptr ? base_ + i : edits_->order[Index(i)]; }
 
   bool StartEdits() {
@@ -304,18 +306,19 @@ class RecordList<Record, Limit>::Iterator {
   using iterator_category = std::forward_iterator_tag;
 
   Iterator() = default;
-  Iterator(const RecordList* list, int i) : list_(list), i_(i) {}
-  reference operator*() const { return *list_->At(i_); }
-  pointer operator->() const { return list_->At(i_); }
+  Iterator(Record* base, Record* const* order, int i) : base_(base), order_(order), i_(i) {}
+  reference operator*() const { return order_ == nullptr ? base_[i_] : *order_[i_]; }
+  pointer operator->() const { return &**this; }
   Iterator& operator++() {
     ++i_;
     return *this;
   }
-  Iterator operator++(int) { return {list_, i_++}; }
+  Iterator operator++(int) { return {base_, order_, i_++}; }
   bool operator==(const Iterator& other) const { return i_ == other.i_; }
 
  private:
-  const RecordList* list_ = nullptr;
+  Record* base_ = nullptr;
+  Record* const* order_ = nullptr;  // null when the records lie in order in the base
   int i_ = 0;
 };
 

@@ -18,6 +18,10 @@ bool HasIdentifier(const unsigned char* image) {
   return std::memcmp(image, kIdentifier, sizeof kIdentifier) == 0;
 }
 
+/// The bytes that end addresses may claim beyond what the tables take: a block of the disc. A false
+/// one would make gigabytes of a small file.
+constexpr std::uint64_t kLargestPadding = std::uint64_t{16} * 2048;
+
 struct FreeBytes {
   void operator()(unsigned char* bytes) const { std::free(bytes); }
 };
@@ -126,7 +130,9 @@ bool CVMGInfo::ReadsBack(const unsigned char* image, unsigned long size) const {
   CVMGInfo read;
   read.mat_.Read(reader);
   read.ReadTables(reader, kLoadAll);
-  return read == *this;
+  if (!(read == *this)) return false;
+  read.AutoComplete();
+  return size <= std::uint64_t{read.GetDataSize()} + kLargestPadding;
 }
 
 unsigned long CVMGInfo::GetDataSize() const {
@@ -195,8 +201,10 @@ void CVMGInfo::ConvertCellPoints() {
   const auto convert = [this](tag_CELL_POINT& point) {
     if (!PointsIntoMovieCell(point)) return;
     auto* bytes = reinterpret_cast<unsigned char*>(&point);
-    ConvertInPlace<std::uint32_t>(bytes + offsetof(tag_CELL_POINT, position));
-    ConvertInPlace<std::uint16_t>(bytes + offsetof(tag_CELL_POINT, position_ext));
+    auto* position = bytes + offsetof(tag_CELL_POINT, position);
+    auto* position_ext = bytes + offsetof(tag_CELL_POINT, position_ext);
+    Convert<std::uint32_t>(position, position);
+    Convert<std::uint16_t>(position_ext, position_ext);
   };
   convert(mat_.GetHeader().cell_point_70);
   convert(mat_.GetHeader().cell_point_85);

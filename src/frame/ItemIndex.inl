@@ -55,10 +55,11 @@ void ItemIndex<Header, Item, Address, Table>::GetData(unsigned char* out) {
 }
 
 template <class Header, class Item, auto Address, auto Table>
-void ItemIndex<Header, Item, Address, Table>::Write(const ImageWriter& out) const {
-  if (IsEmpty()) return;
+std::uint64_t ItemIndex<Header, Item, Address, Table>::Write(const ImageWriter& out) const {
+  if (IsEmpty()) return 0;
   out.Put(0, header_);
-  WriteItems<Address, Table>(out, sizeof header_, items_);
+  const std::uint64_t end = WriteItems<Address, Table>(out, sizeof header_, items_);
+  return items_.Count() == std::bit_cast<std::uint16_t>(header_) ? end : GetDataSize();
 }
 
 template <class Header, class Item, auto Address, auto Table>

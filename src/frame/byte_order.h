@@ -39,10 +39,17 @@ void ToFile(unsigned char* bytes, Number number) {
   std::memcpy(bytes, &number, sizeof number);
 }
 
-/// The bytes of a field that are reversed as numbers: at most two runs.
+/// Copies a number from file to host order or back; `to` and `from` may be the same.
+template <class Number>
+void Convert(unsigned char* to, const unsigned char* from) {
+  const Number number = FromFile<Number>(from);
+  std::memcpy(to, &number, sizeof number);
+}
+
+/// The numbers that a field begins with: at most two, one behind the other.
 struct Numbers {
-  unsigned first = 0;   // width of the number that the field begins with, 0 for none
-  unsigned second = 0;  // width of the number behind it
+  unsigned first = 0;   // width of the first, 0 for none
+  unsigned second = 0;  // width of the other
 };
 
 constexpr Numbers NumbersOf(const Field& field) {
@@ -59,33 +66,46 @@ constexpr Numbers NumbersOf(const Field& field) {
   }
 }
 
-/// From file to host order or back.
-template <class Number>
-void ConvertInPlace(unsigned char* bytes) {
-  const Number number = FromFile<Number>(bytes);
-  std::memcpy(bytes, &number, sizeof number);
+template <unsigned width>
+void ConvertWidth(unsigned char* to, const unsigned char* from) {
+  if constexpr (width == 1) *to = *from;
+  if constexpr (width == 2) Convert<std::uint16_t>(to, from);
+  if constexpr (width == 4) Convert<std::uint32_t>(to, from);
+  if constexpr (width == 8) Convert<std::uint64_t>(to, from);
 }
 
-inline void SwapNumber(unsigned char* bytes, unsigned width) {
-  if (width == 2) ConvertInPlace<std::uint16_t>(bytes);
-  if (width == 4) ConvertInPlace<std::uint32_t>(bytes);
-  if (width == 8) ConvertInPlace<std::uint64_t>(bytes);
+template <const auto& fields, std::size_t i>
+void CopyField(unsigned char* to, const unsigned char* from) {
+  constexpr Field kField = fields[i];
+  constexpr Numbers kNumbers = NumbersOf(kField);
+  constexpr unsigned kBytes = kField.width - kNumbers.first - kNumbers.second;
+  to += kField.offset;
+  from += kField.offset;
+  ConvertWidth<kNumbers.first>(to, from);
+  ConvertWidth<kNumbers.second>(to + kNumbers.first, from + kNumbers.first);
+  if constexpr (kBytes != 0)
+    std::memcpy(to + kField.width - kBytes, from + kField.width - kBytes, kBytes);
 }
 
-/// Converts one field in place; its own inverse. Does nothing on a big-endian machine.
-inline void SwapField(const Field& field, unsigned char* record) {
-  const Numbers numbers = NumbersOf(field);
-  SwapNumber(record + field.offset, numbers.first);
-  SwapNumber(record + field.offset + numbers.first, numbers.second);
+/// Copies what a table of fields describes from file to host order or back.
+template <const auto& fields>
+void CopyFields(unsigned char* to, const unsigned char* from) {
+  [=]<std::size_t... i>(std::index_sequence<i...>) { (CopyField<fields, i>(to, from), ...); }
+  (std::make_index_sequence<fields.size()>());
 }
 
-/// Converts the numbers of one record in place; its own inverse.
-template <class Record>
-void SwapRecord(unsigned char* record) {
-  [record]<std::size_t... I>(std::index_sequence<I...>) {
-    (SwapField(kFields<Record>[I], record), ...);
+/// The same for a still VOB entry, in the form that its type names.
+inline void CopyStillEntry(unsigned char* to, const unsigned char* from) {
+  switch (from[offsetof(tag_S_VOB_ENT, S_VOB_ENT_TY)] >> 6U) {
+    case 0:
+      return CopyFields<kStillEntryForm0>(to, from);
+    case 1:
+      return CopyFields<kStillEntryForm1>(to, from);
+    case 2:
+      return CopyFields<kStillEntryForm2>(to, from);
+    default:
+      return CopyFields<kStillEntryForm3>(to, from);
   }
-  (std::make_index_sequence<kFields<Record>.size()>());
 }
 
 /// The width of the widest number of a record.
@@ -98,11 +118,15 @@ consteval unsigned WidestNumber() {
   return widest;
 }
 
-/// For records whose numbers have at most 16 bits: which bytes stay, and which take the place of
-/// the one before or behind them, over a run of records that fills whole vectors of the machine.
+/// The bytes that compilers convert at once, on machines that have vectors of that size.
+inline constexpr std::size_t kVector = 16;
+
+/// For short records whose numbers have at most 16 bits: which bytes stay, and which take the place
+/// of the one before or behind them, over a run of records that fills whole vectors.
 template <class Record>
 struct PairMasks {
-  static constexpr std::size_t kRun = std::lcm(kFileSize<Record>, std::size_t{16});
+  static constexpr bool kApply = WidestNumber<Record>() == 2 && kFileSize<Record> < kVector;
+  static constexpr std::size_t kRun = std::lcm(kFileSize<Record>, kVector);
 
   std::array<unsigned char, kRun> stay{};
   std::array<unsigned char, kRun> from_next{};
@@ -121,35 +145,46 @@ struct PairMasks {
   }
 };
 
+template <class Record>
+inline constexpr PairMasks<Record> kPairMasks;
+
+/// Converts the part of a run that starts at `start`. A loop of constant length over memory that
+/// does not overlap becomes a few instructions on vectors.
+template <class Record, std::size_t start>
+void CopyVector(unsigned char* __restrict to, const unsigned char* __restrict from) {
+  constexpr const PairMasks<Record>& kMasks = kPairMasks<Record>;
+  for (std::size_t i = start; i < start + kVector; ++i) {
+    to[i] = static_cast<unsigned char>((from[i] & kMasks.stay[i]) |
+                                       (from[i + 1] & kMasks.from_next[i]) |
+                                       (*(from + i - 1) & kMasks.from_previous[i]));
+  }
+}
+
+/// Converts a run of records. Looks at the byte before it and at the one behind.
+template <class Record>
+void CopyRun(unsigned char* to, const unsigned char* from) {
+  [=]<std::size_t... i>(std::index_sequence<i...>) {
+    (CopyVector<Record, i * kVector>(to, from), ...);
+  }
+  (std::make_index_sequence<PairMasks<Record>::kRun / kVector>());
+}
+
 /// Copies `count` records between the file and memory, converting them on the way.
 template <class Record>
-void SwapCopy(unsigned char* to, const unsigned char* from, std::size_t count) {
+void CopyRecords(unsigned char* to, const unsigned char* from, std::size_t count) {
   constexpr std::size_t kSize = kFileSize<Record>;
   const std::size_t size = count * kSize;
-  std::size_t done = 0;
-  const auto copy_by_record = [&](std::size_t end) {
-    std::memcpy(to + done, from + done, end - done);
-    for (; done < end; done += kSize) SwapRecord<Record>(to + done);
-  };
   if (count == 0) return;
   if constexpr (std::endian::native == std::endian::big || WidestNumber<Record>() == 1) {
     std::memcpy(to, from, size);
   } else {
-    if constexpr (WidestNumber<Record>() == 2) {
-      static constexpr PairMasks<Record> kMasks;
-      copy_by_record(kSize);  // a run looks one byte before and one behind itself
-      for (; size - done > kMasks.kRun; done += kMasks.kRun) {
-        const unsigned char* here = from + done;
-        for (std::size_t i = 0; i < kMasks.kRun; ++i) {
-          to[done + i] = static_cast<unsigned char>((here[i] & kMasks.stay[i]) |
-                                                    (here[i + 1] & kMasks.from_next[i]) |
-                                                    (*(here + i - 1) & kMasks.from_previous[i]));
-        }
-      }
+    std::size_t done = 0;
+    if constexpr (PairMasks<Record>::kApply) {
+      constexpr std::size_t kRun = PairMasks<Record>::kRun;
+      CopyFields<kFields<Record>>(to, from);
+      for (done = kSize; size - done > kRun; done += kRun) CopyRun<Record>(to + done, from + done);
     }
-    // By chunks, so that the second pass finds its bytes in the cache.
-    constexpr std::size_t kChunk = std::max<std::size_t>(1, 8192 / kSize) * kSize;
-    while (done < size) copy_by_record(std::min(size, done + kChunk));
+    for (; done < size; done += kSize) CopyFields<kFields<Record>>(to + done, from + done);
   }
 }
 

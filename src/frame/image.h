@@ -3,6 +3,7 @@
 
 #include <veska/RecordList.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <limits>
 #include <new>
@@ -35,20 +36,23 @@ class ImageReader {
 
   /// An image of `size` bytes, from which at most `*budget` bytes of memory are built.
   ImageReader(const unsigned char* data, std::uint64_t size, std::uint64_t* budget)
-      : data_(data), size_(size), budget_(budget) {}
+      : data_(data), left_(size), budget_(budget) {}
 
   bool IsBounded() const { return budget_ != nullptr; }
 
+  /// The view from `offset` on, of nothing when that lies past the end.
   ImageReader At(std::uint64_t offset) const {
     ImageReader there = *this;
-    there.start_ += offset;
+    const std::uint64_t skipped = std::min(offset, left_);
+    there.data_ += static_cast<std::size_t>(skipped);
+    there.left_ -= skipped;
     return there;
   }
 
   /// The `size` bytes at `offset`.
   const unsigned char* Bytes(std::uint64_t offset, std::uint64_t size) const {
-    if (!Within(start_ + offset, size, size_)) throw ImageError();
-    return data_ + static_cast<std::size_t>(start_ + offset);
+    if (!Within(offset, size, left_)) throw ImageError();
+    return data_ + static_cast<std::size_t>(offset);
   }
 
   std::uint8_t Byte(std::uint64_t offset) const { return *Bytes(offset, 1); }
@@ -59,21 +63,26 @@ class ImageReader {
     return FromFile<std::uint32_t>(Bytes(offset, 4));
   }
 
-  /// Reads one record in host order: the part of it that stands in the file.
+  /// Reads one record in host order: the part of it that stands in the file. Returns the offset
+  /// behind it.
   template <class Record>
-  void Copy(std::uint64_t offset, Record& record) const {
+  std::uint64_t Copy(std::uint64_t offset, Record& record) const {
     auto* to = reinterpret_cast<unsigned char*>(&record);
-    SwapCopy<Record>(to, Bytes(offset, kFileSize<Record>), 1);
+    CopyFields<kFields<Record>>(to, Bytes(offset, kFileSize<Record>));
+    return offset + kFileSize<Record>;
   }
 
-  /// Makes `list` the `count` records that stand packed at `offset`.
+  /// Makes `list` the `count` records that stand packed at `offset`. Returns the offset behind
+  /// them.
   template <class Record, int Limit>
-  void CopyAll(std::uint64_t offset, int count, RecordList<Record, Limit>& list) const {
+  std::uint64_t CopyAll(std::uint64_t offset, int count, RecordList<Record, Limit>& list) const {
     static_assert(kFileSize<Record> == sizeof(Record));
     const auto records = static_cast<std::size_t>(count);
-    const unsigned char* from = Bytes(offset, std::uint64_t{records} * sizeof(Record));
-    Spend(std::uint64_t{records} * sizeof(Record));
-    SwapCopy<Record>(reinterpret_cast<unsigned char*>(list.Load(count)), from, records);
+    const std::uint64_t size = std::uint64_t{records} * sizeof(Record);
+    const unsigned char* from = Bytes(offset, size);
+    Spend(size);
+    CopyRecords<Record>(reinterpret_cast<unsigned char*>(list.Load(count)), from, records);
+    return offset + size;
   }
 
   /// Accounts for `bytes` of memory that what is read takes. Called before they are allocated.
@@ -85,8 +94,7 @@ class ImageReader {
 
  private:
   const unsigned char* data_;
-  std::uint64_t start_ = 0;  // a sum of few 32-bit addresses, so it cannot overflow
-  std::uint64_t size_ = std::numeric_limits<std::uint64_t>::max();
+  std::uint64_t left_ = std::numeric_limits<std::uint64_t>::max();
   std::uint64_t* budget_ = nullptr;
 };
 
@@ -100,44 +108,63 @@ class ImageWriter {
   /// A buffer of `size` bytes. `*refused`, if not null, becomes true when the image cannot be read
   /// back.
   ImageWriter(unsigned char* out, std::uint64_t size, bool* refused)
-      : out_(out), size_(size), refused_(refused) {}
+      : out_(out), left_(size), refused_(refused) {}
 
+  /// The view from `offset` on, of nothing when that lies past the end.
   ImageWriter At(std::uint64_t offset) const {
     ImageWriter there = *this;
-    there.start_ += offset;
+    const std::uint64_t skipped = std::min(offset, left_);
+    there.out_ += static_cast<std::size_t>(skipped);
+    there.left_ -= skipped;
     return there;
   }
 
-  void PutBytes(std::uint64_t offset, const void* bytes, std::size_t size) const {
+  /// Where `size` bytes at `offset` are to be written; null when they would pass the end.
+  unsigned char* Room(std::uint64_t offset, std::uint64_t size) const {
+    if (Within(offset, size, left_)) return out_ + static_cast<std::size_t>(offset);
+    Refuse();
+    return nullptr;
+  }
+
+  /// Each writes something at `offset` and returns the offset behind it.
+  std::uint64_t PutBytes(std::uint64_t offset, const void* bytes, std::size_t size) const {
     unsigned char* to = Room(offset, size);
     if (to != nullptr && size != 0) std::memcpy(to, bytes, size);
+    return offset + size;
   }
-  void PutWord(std::uint64_t offset, std::uint16_t value) const { PutNumber(offset, value); }
-  void PutLong(std::uint64_t offset, std::uint32_t value) const { PutNumber(offset, value); }
+  std::uint64_t PutWord(std::uint64_t offset, std::uint16_t value) const {
+    return PutNumber(offset, value);
+  }
+  std::uint64_t PutLong(std::uint64_t offset, std::uint32_t value) const {
+    return PutNumber(offset, value);
+  }
 
-  /// Writes the part of a record that stands in the file.
+  /// The part of a record that stands in the file.
   template <class Record>
-  void Put(std::uint64_t offset, const Record& record) const {
-    unsigned char* to = Room(offset, kFileSize<Record>);
-    if (to == nullptr) return;
-    SwapCopy<Record>(to, reinterpret_cast<const unsigned char*>(&record), 1);
+  std::uint64_t Put(std::uint64_t offset, const Record& record) const {
+    if (unsigned char* to = Room(offset, kFileSize<Record>)) {
+      CopyFields<kFields<Record>>(to, reinterpret_cast<const unsigned char*>(&record));
+    }
+    return offset + kFileSize<Record>;
   }
 
-  /// Writes the records of a list packed at `offset`.
+  /// The records of a list, packed.
   template <class Record, int Limit>
-  void PutAll(std::uint64_t offset, const RecordList<Record, Limit>& list) const {
+  std::uint64_t PutAll(std::uint64_t offset, const RecordList<Record, Limit>& list) const {
     static_assert(kFileSize<Record> == sizeof(Record));
-    const auto count = static_cast<std::size_t>(list.Count());
-    unsigned char* to = Room(offset, std::uint64_t{count} * sizeof(Record));
-    if (to == nullptr || count == 0) return;
+    const std::uint64_t size = std::uint64_t{sizeof(Record)} * static_cast<unsigned>(list.Count());
+    unsigned char* to = Room(offset, size);
+    if (to == nullptr) return offset + size;
     if (const Record* records = list.Contiguous()) {
-      SwapCopy<Record>(to, reinterpret_cast<const unsigned char*>(records), count);
-      return;
+      CopyRecords<Record>(to, reinterpret_cast<const unsigned char*>(records),
+                          static_cast<std::size_t>(list.Count()));
+    } else {
+      for (const Record& record : list) {
+        CopyFields<kFields<Record>>(to, reinterpret_cast<const unsigned char*>(&record));
+        to += sizeof(Record);
+      }
     }
-    for (const Record& record : list) {
-      SwapCopy<Record>(to, reinterpret_cast<const unsigned char*>(&record), 1);
-      to += sizeof(Record);
-    }
+    return offset + size;
   }
 
   /// Remembers that the image cannot be read back as what is being written.
@@ -146,21 +173,14 @@ class ImageWriter {
   }
 
  private:
-  unsigned char* Room(std::uint64_t offset, std::uint64_t size) const {
-    if (Within(start_ + offset, size, size_))
-      return out_ + static_cast<std::size_t>(start_ + offset);
-    Refuse();
-    return nullptr;
-  }
-
   template <class Number>
-  void PutNumber(std::uint64_t offset, Number value) const {
+  std::uint64_t PutNumber(std::uint64_t offset, Number value) const {
     if (unsigned char* to = Room(offset, sizeof value)) ToFile(to, value);
+    return offset + sizeof value;
   }
 
   unsigned char* out_;
-  std::uint64_t start_ = 0;
-  std::uint64_t size_ = std::numeric_limits<std::uint64_t>::max();
+  std::uint64_t left_ = std::numeric_limits<std::uint64_t>::max();
   bool* refused_ = nullptr;
 };
 

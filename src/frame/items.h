@@ -40,19 +40,20 @@ unsigned long CompleteItems(unsigned long pointers, RecordList<Item, Limit>& ite
   return address;
 }
 
-/// Writes the addresses as stored at `pointers`, and the tables back to back behind them.
+/// Writes the addresses as stored at `pointers`, and the tables back to back behind them. Returns
+/// the position behind the last table.
 template <auto Address, auto Table, class Item, int Limit>
-void WriteItems(const ImageWriter& out, std::uint64_t pointers,
-                const RecordList<Item, Limit>& items) {
+std::uint64_t WriteItems(const ImageWriter& out, std::uint64_t pointers,
+                         const RecordList<Item, Limit>& items) {
   std::uint64_t position = pointers + kAddressSize * static_cast<std::uint64_t>(items.Count());
   for (const Item& item : items) {
-    const unsigned long size = (item.*Table).GetDataSize();
-    if (size == 0) out.Refuse();  // its address would name what follows
     out.PutLong(pointers, item.*Address);
-    (item.*Table).Write(out.At(position));
+    const std::uint64_t size = (item.*Table).Write(out.At(position));
+    if (size == 0) out.Refuse();  // its address would name what follows
     pointers += kAddressSize;
     position += size;
   }
+  return position;
 }
 
 }  // namespace VESKA

@@ -3,15 +3,6 @@
 #include "frame/image.h"
 
 namespace VESKA {
-namespace {
-
-constexpr unsigned kSeamlessOffset = sizeof(tag_M_VOB_GI);
-
-unsigned AudioGapsOffset(const tag_M_VOB_GI& header) {
-  return kSeamlessOffset + (header.HasSeamlessInfo() ? unsigned{sizeof(tag_SMLI)} : 0U);
-}
-
-}  // namespace
 
 CMovieVOB::~CMovieVOB() = default;
 
@@ -22,32 +13,30 @@ void CMovieVOB::Clear() {
   time_map_.Clear();
 }
 
-unsigned CMovieVOB::TimeMapOffset() const {
-  return AudioGapsOffset(header_) + (header_.HasAudioGaps() ? unsigned{sizeof(tag_AGAPI)} : 0U);
-}
-
 bool CMovieVOB::Parse(unsigned char* const data) { return ParseTable(*this, data); }
 
 void CMovieVOB::Read(const ImageReader& image) {
   Clear();
-  image.Copy(0, header_);
-  if (header_.HasSeamlessInfo()) image.Copy(kSeamlessOffset, seamless_);
-  if (header_.HasAudioGaps()) image.Copy(AudioGapsOffset(header_), audio_gaps_);
-  time_map_.Read(image.At(TimeMapOffset()));
+  std::uint64_t end = image.Copy(0, header_);
+  if (header_.HasSeamlessInfo()) end = image.Copy(end, seamless_);
+  if (header_.HasAudioGaps()) end = image.Copy(end, audio_gaps_);
+  time_map_.Read(image.At(end));
 }
 
 unsigned long CMovieVOB::GetDataSize() const {
-  return IsEmpty() ? 0 : TimeMapOffset() + time_map_.GetDataSize();
+  if (IsEmpty()) return 0;
+  return SizeOf<tag_M_VOB_GI>() + SizeOf<tag_SMLI>(header_.HasSeamlessInfo() ? 1 : 0) +
+         SizeOf<tag_AGAPI>(header_.HasAudioGaps() ? 1 : 0) + time_map_.GetDataSize();
 }
 
 void CMovieVOB::GetData(unsigned char* out) { Write(ImageWriter(out)); }
 
-void CMovieVOB::Write(const ImageWriter& out) const {
-  if (IsEmpty()) return;
-  out.Put(0, header_);
-  if (header_.HasSeamlessInfo()) out.Put(kSeamlessOffset, seamless_);
-  if (header_.HasAudioGaps()) out.Put(AudioGapsOffset(header_), audio_gaps_);
-  time_map_.Write(out.At(TimeMapOffset()));
+std::uint64_t CMovieVOB::Write(const ImageWriter& out) const {
+  if (IsEmpty()) return 0;
+  std::uint64_t end = out.Put(0, header_);
+  if (header_.HasSeamlessInfo()) end = out.Put(end, seamless_);
+  if (header_.HasAudioGaps()) end = out.Put(end, audio_gaps_);
+  return end + time_map_.Write(out.At(end));
 }
 
 bool CMovieVOB::operator==(const CMovieVOB& other) const {

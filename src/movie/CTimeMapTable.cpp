@@ -16,10 +16,9 @@ bool CTimeMapTable::Parse(unsigned char* const data) { return ParseTable(*this, 
 
 void CTimeMapTable::Read(const ImageReader& image) {
   Clear();
-  image.Copy(0, header_);
-  image.CopyAll(sizeof header_, header_.TM_ENT_Ns, times_);
-  image.CopyAll(sizeof header_ + sizeof(tag_TM_ENT) * header_.TM_ENT_Ns, header_.VOBU_ENT_Ns,
-                vobus_);
+  std::uint64_t end = image.Copy(0, header_);
+  end = image.CopyAll(end, header_.TM_ENT_Ns, times_);
+  image.CopyAll(end, header_.VOBU_ENT_Ns, vobus_);
 }
 
 unsigned long CTimeMapTable::GetPackCount() {
@@ -47,12 +46,12 @@ unsigned long CTimeMapTable::GetDataSize() const {
 
 void CTimeMapTable::GetData(unsigned char* out) { Write(ImageWriter(out)); }
 
-void CTimeMapTable::Write(const ImageWriter& out) const {
-  if (IsEmpty()) return;
-  out.Put(0, header_);
-  out.PutAll(sizeof header_, times_);
-  out.PutAll(sizeof header_ + sizeof(tag_TM_ENT) * static_cast<std::uint64_t>(times_.Count()),
-             vobus_);
+std::uint64_t CTimeMapTable::Write(const ImageWriter& out) const {
+  if (IsEmpty()) return 0;
+  std::uint64_t end = out.Put(0, header_);
+  end = out.PutAll(end, times_);
+  out.PutAll(end, vobus_);
+  return GetDataSize();
 }
 
 bool CTimeMapTable::operator==(const CTimeMapTable& other) const {

@@ -116,7 +116,7 @@ unsigned long CPGCInfo::GetDataSize() const {
 
 void CPGCInfo::GetData(unsigned char* out) { Write(ImageWriter(out)); }
 
-void CPGCInfo::Write(const ImageWriter& out) const {
+std::uint64_t CPGCInfo::Write(const ImageWriter& out) const {
   out.Put(0, header_);
   out.PutAll(sizeof header_, programs_);
   std::uint64_t pointer =
@@ -124,10 +124,10 @@ void CPGCInfo::Write(const ImageWriter& out) const {
   std::uint64_t position = pointer + kAddressSize * static_cast<std::uint64_t>(GetCellCount());
   for (const CellItem& item : cells_) {
     out.PutLong(pointer, item.CI_SA);
-    AsItsClass(item.CI, [&](const auto& cell) { cell.Write(out.At(position)); });
     pointer += kAddressSize;
-    position += item.CI->GetDataSize();
+    position += AsItsClass(item.CI, [&](const auto& cell) { return cell.Write(out.At(position)); });
   }
+  return position;
 }
 
 }  // namespace VESKA

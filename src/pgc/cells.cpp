@@ -93,7 +93,7 @@ void CellOf<Header, Entry, Type>::GetData(unsigned char* out) {
 }
 
 template <class Header, class Entry, tag_CELL_TYPE Type>
-void CellOf<Header, Entry, Type>::Write(const ImageWriter& out) const {
+std::uint64_t CellOf<Header, Entry, Type>::Write(const ImageWriter& out) const {
   static constexpr unsigned char kNoBlock[kEntryBlockSize] = {};
   out.Put(0, header_);
   std::uint64_t position = sizeof header_;
@@ -106,6 +106,7 @@ void CellOf<Header, Entry, Type>::Write(const ImageWriter& out) const {
     }
     position += EntrySize<Entry>(entry.EP_TY);
   }
+  return entries_.Count() == header_.C_EPI_Ns ? position : GetDataSize();
 }
 
 template class CellOf<tag_M_C_GI, tag_M_C_EPI, CELL_MOVIE>;

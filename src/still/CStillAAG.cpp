@@ -27,10 +27,11 @@ unsigned long CStillAAG::GetDataSize() const {
 
 void CStillAAG::GetData(unsigned char* out) { Write(ImageWriter(out)); }
 
-void CStillAAG::Write(const ImageWriter& out) const {
-  if (IsEmpty()) return;
+std::uint64_t CStillAAG::Write(const ImageWriter& out) const {
+  if (IsEmpty()) return 0;
   out.Put(0, header_);
   out.PutAll(sizeof header_, entries_);
+  return GetDataSize();
 }
 
 unsigned long CStillAAG::GetPackCount() {

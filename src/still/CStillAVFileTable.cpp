@@ -50,10 +50,7 @@ void CStillAVFileTable::Write(const ImageWriter& out) const {
   out.Put(0, header_);
   if (header_.S_VOB_STI_Ns != 0) out.PutAll(sizeof header_, streams_);
   std::uint64_t offset = SizeOf<tag_S_AVFITI>() + SizeOf<tag_S_VOB_STI>(header_.S_VOB_STI_Ns);
-  if (header_.S_AVFI_Ns == 1) {
-    av_file_.Write(out.At(offset));
-    offset += av_file_.GetDataSize();
-  }
+  if (header_.S_AVFI_Ns == 1) offset += av_file_.Write(out.At(offset));
   if (header_.S_A_ATR_Ns != 0) out.PutAll(offset, audio_streams_);
   offset += SizeOf<tag_S_A_ATR>(header_.S_A_ATR_Ns);
   if (header_.S_AAFI_Ns == 1) audio_file_.Write(out.At(offset));

@@ -3,16 +3,6 @@
 #include "frame/image.h"
 
 namespace VESKA {
-namespace {
-
-unsigned char* BytesOf(tag_S_VOB_ENT& entry) { return reinterpret_cast<unsigned char*>(&entry); }
-
-/// Converts the numbers of the entry's form; its own inverse.
-void SwapEntry(tag_S_VOB_ENT& entry) {
-  for (const Field& field : kStillEntryFields[entry.Form()]) SwapField(field, BytesOf(entry));
-}
-
-}  // namespace
 
 CStillVOG::~CStillVOG() = default;
 
@@ -30,12 +20,10 @@ void CStillVOG::Read(const ImageReader& image) {
   entries_.Reserve(header_.S_VOB_Ns);
   std::uint64_t position = sizeof header_;
   for (int i = 0; i < header_.S_VOB_Ns; ++i) {
-    tag_S_VOB_ENT entry{};
-    entry.S_VOB_ENT_TY = image.Byte(position);
-    std::memcpy(&entry, image.Bytes(position, entry.Size()), entry.Size());
-    SwapEntry(entry);
-    position += entry.Size();
-    entries_.Add(entry);
+    tag_S_VOB_ENT* entry = entries_.Add();
+    entry->S_VOB_ENT_TY = image.Byte(position);
+    CopyStillEntry(reinterpret_cast<unsigned char*>(entry), image.Bytes(position, entry->Size()));
+    position += entry->Size();
   }
 }
 
@@ -54,16 +42,17 @@ unsigned long CStillVOG::GetDataSize() const {
 
 void CStillVOG::GetData(unsigned char* out) { Write(ImageWriter(out)); }
 
-void CStillVOG::Write(const ImageWriter& out) const {
-  if (IsEmpty()) return;
+std::uint64_t CStillVOG::Write(const ImageWriter& out) const {
+  if (IsEmpty()) return 0;
   out.Put(0, header_);
   std::uint64_t position = sizeof header_;
-  for (tag_S_VOB_ENT entry : entries_) {
-    const unsigned size = entry.Size();
-    SwapEntry(entry);
-    out.PutBytes(position, &entry, size);
-    position += size;
+  for (const tag_S_VOB_ENT& entry : entries_) {
+    if (unsigned char* to = out.Room(position, entry.Size())) {
+      CopyStillEntry(to, reinterpret_cast<const unsigned char*>(&entry));
+    }
+    position += entry.Size();
   }
+  return entries_.Count() == header_.S_VOB_Ns ? position : GetDataSize();
 }
 
 unsigned long CStillVOG::GetPackCount() {

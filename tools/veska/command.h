@@ -13,6 +13,9 @@ class App;
 
 namespace veska_tool {
 
+inline constexpr const char* kToolSummary =
+    "Read, edit, complete and write the management file of DVD Video Recording discs";
+
 /// How the tool exits.
 enum class ExitStatus : int {
   kDone = 0,   ///< all was done and nothing found

@@ -16,13 +16,15 @@ extern const Command kDiffCommand;
 extern const Command kEditCommand;
 extern const Command kExportCommand;
 extern const Command kHelpCommand;
+extern const Command kReportCommand;
+extern const Command kSalvageCommand;
 extern const Command kShowCommand;
 
 namespace {
 
 constexpr const Command* kCommands[] = {
-    &kShowCommand,  &kCheckCommand,    &kDiffCommand, &kExportCommand,
-    &kBuildCommand, &kCompleteCommand, &kEditCommand, &kHelpCommand,
+    &kShowCommand,  &kCheckCommand,    &kReportCommand,  &kDiffCommand, &kExportCommand,
+    &kBuildCommand, &kCompleteCommand, &kSalvageCommand, &kEditCommand, &kHelpCommand,
 };
 
 std::string StatusList() {
@@ -108,9 +110,7 @@ void DeclareAll(CLI::App& app, std::function<ExitStatus()>& run) {
 }
 
 ExitStatus RunTool(std::vector<std::string> arguments) {
-  CLI::App app(
-      "Reads, edits, completes and writes the management file of DVD Video Recording discs.",
-      "veska");
+  CLI::App app(kToolSummary, "veska");
   std::function<ExitStatus()> run;
   DeclareAll(app, run);
   try {

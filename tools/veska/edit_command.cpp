@@ -5,6 +5,7 @@
 #include "command.h"
 #include "edit_operations.h"
 #include "tool_io.h"
+#include "tree_diff.h"
 
 namespace veska_tool {
 namespace {
@@ -52,16 +53,17 @@ ExitStatus Run(const Options& options) {
   CheckPlaces(options);
   Bytes before = ReadInput(options.input);
   const auto info = LoadInfo(options.input, before);
+  const auto original = std::make_unique<VESKA::CVMGInfo>(*info);
   Edit edit{*info, {}};
   RunEditSteps(steps, edit);
   info->AutoComplete();
 
-  for (const std::string& note : edit.notes) Message(NameOf(PathOf(options.input)), note);
-  if (options.dry_run) {
-    std::cout << "would be " << ImageOf(options.input, *info).size() << " bytes, is "
-              << before.size() << "\n";
-  } else {
+  for (const std::string& note : edit.notes) Message(NameOfInput(options.input), note);
+  if (!options.dry_run) {
     Save(options, before, *info);
+  } else {
+    ImageOf(options.input, *info);
+    PrintDifferences(*original, *info, false, std::cout);
   }
   return ExitStatus::kDone;
 }

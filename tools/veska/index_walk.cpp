@@ -82,14 +82,13 @@ std::uint64_t IndexWalk::AddIndex(const Index& index, const Room& room) {
   const std::uint64_t count = CountOf(index, room);
   const std::uint64_t there =
       image_.At(index.addresses, index.stride * count).size() / index.stride;
-  const std::int32_t added = Add(index.part, index.start, index.Pointer(there) - index.start);
-  Structure& structure = map_.structures[static_cast<std::size_t>(added)];
-  structure.count = static_cast<std::uint32_t>(there);
-  if (there < count) {
-    structure.state = State::kCut;
-    ReportPastFile({index.count.name, index.count.offset, count}, there);
-    SetState(State::kCut);
+  if (count == 0) {
+    const std::int32_t added = Add(index.part, index.start, index.addresses - index.start);
+    Structure& structure = map_.structures[static_cast<std::size_t>(added)];
+    structure.count = structure.counted = 0;
   }
+  AddCounted(index.part, index.start, index.Pointer(there) - index.start,
+             {index.count.name, index.count.offset, count}, there);
   return there;
 }
 

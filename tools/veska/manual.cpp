@@ -126,12 +126,12 @@ std::string ZshOptions(const CLI::App& app) {
   for (const CLI::Option* option : OptionsOf(app, false)) {
     const std::string value = IsFlag(*option) ? "" : ":" + ZshText(Value(*option)) + ":_files";
     const std::string description = "[" + ZshText(option->get_description()) + "]";
-    for (const std::string& name : option->get_snames()) {
-      text += " \\\n        '-" + name + description + value + "'";
-    }
-    for (const std::string& name : option->get_lnames()) {
-      text += " \\\n        '--" + name + description + value + "'";
-    }
+    const auto add = [&](const char* dashes, const std::string& name) {
+      text.append(" \\\n        '").append(dashes).append(name);
+      text.append(description).append(value).append("'");
+    };
+    for (const std::string& name : option->get_snames()) add("-", name);
+    for (const std::string& name : option->get_lnames()) add("--", name);
   }
   return text;
 }
@@ -141,7 +141,7 @@ std::string ZshOptions(const CLI::App& app) {
 std::string ManualPage(const CLI::App& tool) {
   std::string page = ".\\\" Made by veska help --man.\n.TH VESKA 1 \"\" \"veska " VESKA_VERSION
                      "\" \"User Commands\"\n.SH NAME\nveska \\- " +
-                     Roff(tool.get_description()) + "\n.SH SYNOPSIS\n";
+                     Roff(kToolSummary) + "\n.SH SYNOPSIS\n";
   page += ".B veska\n.I COMMAND\n[\n.I OPTION\n]... [\n.I FILE\n]...\n";
   page += ".SH DESCRIPTION\nResults go to standard output, messages to standard error. The name\n";
   page += ".B \\-\nstands for standard input or output where a command reads or writes one file. ";

@@ -57,16 +57,21 @@ std::int32_t MapBuilder::Add(Part part, std::uint64_t offset, std::uint64_t size
 std::uint64_t MapBuilder::AddRun(Part part, std::uint64_t offset, const FileNumber& count) {
   const std::uint64_t record = RecordSize(part);
   const std::uint64_t there = image_.At(offset, record * count.value).size() / record;
-  if (there < count.value) {
-    ReportPastFile(count, there);
-    SetState(State::kCut);
-  }
-  if (there != 0) {
-    Structure& run = At(Append(part, offset, record * there, 0));
-    run.count = static_cast<std::uint32_t>(there);
-    if (there < count.value) run.state = State::kCut;
-  }
+  AddCounted(part, offset, record * there, count, there);
   return offset + record * there;
+}
+
+void MapBuilder::AddCounted(Part part, std::uint64_t offset, std::uint64_t size,
+                            const FileNumber& count, std::uint64_t there) {
+  if (count.value == 0) return;
+  Structure& run = At(Append(part, offset, size, 0));
+  run.count = static_cast<std::uint32_t>(there);
+  run.counted = static_cast<std::uint32_t>(count.value);
+  if (there == count.value) return;
+  run.state = State::kCut;
+  SetState(State::kCut);
+  Report(Code::kPastFile, count.offset, Here(),
+         Is(count) + ", and the file ends behind " + std::to_string(there) + " of them");
 }
 
 std::uint64_t MapBuilder::EndOfEntries(std::uint64_t at, std::uint64_t count, EntrySize size) {
@@ -98,11 +103,7 @@ std::uint64_t MapBuilder::AddEntries(Part part, std::uint64_t at, FileNumber cou
     if (!image_.Holds(end, next)) break;
     end += next;
   }
-  if (n < count.value) {
-    ReportPastFile(count, n);
-    SetState(State::kCut);
-  }
-  if (n != 0) At(Append(part, at, end - at, 0)).count = static_cast<std::uint32_t>(n);
+  AddCounted(part, at, end - at, count, n);
   return end;
 }
 
@@ -137,11 +138,6 @@ void MapBuilder::ReportCrowded(const FileNumber& count, const Fit& fit) {
          Is(count) + ", which takes it past offset " + std::to_string(fit.end) +
              ", where the next one starts");
   SetState(State::kDoubtful);
-}
-
-void MapBuilder::ReportPastFile(const FileNumber& count, std::uint64_t there) {
-  Report(Code::kPastFile, count.offset, Here(),
-         Is(count) + ", and the file ends behind " + std::to_string(there) + " of them");
 }
 
 std::string MapBuilder::Here() const { return parent_ < 0 ? NameOf(table_) : map_.PathOf(parent_); }

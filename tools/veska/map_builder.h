@@ -58,6 +58,9 @@ class MapBuilder {
   /// end elsewhere, the count for which they do is reported as right and taken.
   std::uint64_t AddEntries(Part part, std::uint64_t at, FileNumber count, std::uint64_t largest,
                            EntrySize size, const Fit& fit);
+  /// Adds what a count counts, of which the file holds `there`, and reports it when it is cut.
+  void AddCounted(Part part, std::uint64_t offset, std::uint64_t size, const FileNumber& count,
+                  std::uint64_t there);
   std::uint64_t EndOfEntries(std::uint64_t at, std::uint64_t count, EntrySize size);
   void AddLost(Part part, std::uint32_t number);
   /// Sets the state of the structure that is being added to.
@@ -80,8 +83,6 @@ class MapBuilder {
   void ReportCount(const FileNumber& count, std::uint64_t right);
   /// Reports that a structure has to end at `fit.end` and cannot with any one count.
   void ReportCrowded(const FileNumber& count, const Fit& fit);
-  /// Reports that the file ends behind `there` of what a count counts.
-  void ReportPastFile(const FileNumber& count, std::uint64_t there);
   std::string Here() const;
   std::string PathOf(Part part, std::uint32_t number = 0) const;
   bool TableHasErrors() const { return findings_.Count(Severity::kError, table_) != 0; }

@@ -1,0 +1,23 @@
+/// The images that the benchmarks work on, built through the library's own operations.
+#pragma once
+
+#include <string>
+#include <vector>
+
+struct Image {
+  std::string name;
+  std::vector<unsigned char> bytes;
+  int records;  ///< of the kind that the image is made of
+};
+
+/// A typical recording: 45,000 VOBU entries in 12 VOBs, with programs, cells and texts.
+Image TypicalRecording();
+/// `vobus` VOBU entries in as few VOBs as can hold them, with a time entry for every 20.
+Image VobuEntries(int vobus);
+/// 60,000 VOBs of one VOBU.
+Image SmallVobs();
+/// 60,000 cells, a quarter of them still cells; every other one has an entry point, some a long
+/// one.
+Image SmallCells();
+/// 2,000 still groups of 200 entries whose forms are mixed at random.
+Image StillGroups();

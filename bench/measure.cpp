@@ -1,0 +1,71 @@
+#include "measure.h"
+
+#include <algorithm>
+#include <ctime>
+#include <vector>
+
+namespace {
+
+constexpr double kShortest = 50e-6;  // seconds; what takes less is repeated until it takes this
+
+double Now() {
+  timespec now;
+  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+  return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
+}
+
+double Seconds(const Timed& timed, int runs) {
+  if (timed.prepare) timed.prepare();
+  benchmark::ClobberMemory();
+  const double start = Now();
+  for (int i = 0; i < runs; ++i) timed.run();
+  benchmark::ClobberMemory();
+  return Now() - start;
+}
+
+double Median(std::vector<double>& values) {
+  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+  std::nth_element(values.begin(), middle, values.end());
+  return *middle;
+}
+
+/// What reading the clock takes, which on some machines is more than a short operation.
+double ClockTime() {
+  std::vector<double> times(100);
+  for (double& time : times) time = Seconds({[] {}}, 1);
+  return Median(times);
+}
+
+/// A series of times of one thing.
+class Series {
+ public:
+  explicit Series(const Timed& timed) : timed_(timed) {
+    if (timed.prepare) return;
+    while (Seconds(timed, runs_) < kShortest) runs_ *= 2;
+  }
+  double Add() {
+    static const double clock_time = ClockTime();
+    const double seconds = std::max(0.0, Seconds(timed_, runs_) - clock_time);
+    return seconds_.emplace_back(seconds / runs_ / timed_.times);
+  }
+  double Middle() { return Median(seconds_); }
+
+ private:
+  const Timed& timed_;
+  int runs_ = 1;
+  std::vector<double> seconds_;
+};
+
+}  // namespace
+
+void Compare(benchmark::State& state, double parts, const Timed& operation,
+             const Timed& reference) {
+  Series times(operation);
+  Series reference_times(reference);
+  for ([[maybe_unused]] auto iteration : state) {
+    reference_times.Add();
+    state.SetIterationTime(times.Add());
+  }
+  state.counters["ns"] = times.Middle() * 1e9 / parts;
+  state.counters["ratio"] = times.Middle() / reference_times.Middle();
+}

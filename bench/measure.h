@@ -1,0 +1,20 @@
+/// Timing of an operation side by side with the reference that it is compared with.
+#pragma once
+
+#include <benchmark/benchmark.h>
+
+#include <functional>
+
+/// One thing to time. `run` does it `times` times; `prepare`, where there is one, runs before and
+/// is not timed.
+struct Timed {
+  std::function<void()> run;
+  std::function<void()> prepare = {};
+  int times = 1;
+};
+
+/// Times both in turn, once in each iteration. Sets the counters `ns`, the median of the operation
+/// for one of `parts` equal parts of it, and `ratio`, the median of the operation as a ratio to
+/// that of the reference. What counts is the time that the processor spent: other programs on the
+/// machine do not.
+void Compare(benchmark::State& state, double parts, const Timed& operation, const Timed& reference);

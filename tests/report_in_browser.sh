@@ -1,0 +1,104 @@
+#!/usr/bin/env bash
+# Renders the reports of the samples in headless Chromium and looks at what came out of it.
+#
+#   report_in_browser.sh VESKA SAMPLE...   exits with 77 where there is no Chromium
+#
+# A report must log nothing to the console, load nothing, fit a narrow window, and draw every chart
+# with its texts inside it and beside each other. PICTURE=FILE.png keeps the picture of the first
+# sample's report.
+set -euo pipefail
+
+veska=$1
+shift
+chromium=$(command -v chromium || command -v chromium-browser) || {
+  echo "report_in_browser: skipped, since there is no chromium (Debian package chromium)"
+  exit 77
+}
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+failures=0
+
+fail() {
+  echo "FAILED  $*"
+  failures=$((failures + 1))
+}
+
+# browse ARGUMENT...: its standard output; what the page logged goes to $work/console.
+browse() {
+  timeout 120 "$chromium" --headless --no-sandbox --disable-gpu --disable-quic --no-first-run \
+    --disable-background-networking --disable-component-update --disable-sync --hide-scrollbars \
+    --enable-logging=stderr --user-data-dir="$work/profile" "$@" 2>"$work/log"
+  grep -o 'CONSOLE.*' "$work/log" >"$work/console" || true
+}
+
+# Put into a copy of a page: writes into the document what is wrong with how it is laid out.
+measure='<script>addEventListener("load", () => {
+  const wrong = [];
+  if (document.documentElement.scrollWidth > innerWidth) wrong.push("wider than the window");
+  for (const svg of document.querySelectorAll("svg")) {
+    const all = svg.getBoundingClientRect();
+    if (all.width < 1 || all.height < 1) wrong.push("a drawing without size");
+    for (const part of svg.querySelectorAll("text, rect, path")) {
+      const box = part.getBoundingClientRect();
+      const inside = box.left > all.left - 3 && box.right < all.right + 3 &&
+        box.top > all.top - 3 && box.bottom < all.bottom + 3;
+      if (!inside) wrong.push("outside its drawing: " + part.outerHTML.slice(0, 120));
+    }
+  }
+  for (const svg of document.querySelectorAll("svg")) {
+    const texts = [...svg.querySelectorAll("text")];
+    const boxes = texts.map(text => text.getBoundingClientRect());
+    boxes.forEach((a, i) => boxes.slice(i + 1).forEach((b, j) => {
+      const covers = a.right > b.left + 1 && b.right > a.left + 1 &&
+        a.bottom > b.top + 4 && b.bottom > a.top + 4;
+      if (covers) wrong.push(texts[i].textContent + " on " + texts[i + 1 + j].textContent);
+    }));
+  }
+  document.body.innerHTML = "";
+  document.body.textContent = "measured: " + (wrong.join("; ") || "all well");
+});</script>'
+
+# check_page PAGE WIDTH
+check_page() {
+  local copy=$work/measured.html result
+  sed '/Content-Security-Policy/d' "$1" >"$copy"
+  echo "$measure" >>"$copy"
+  result=$(browse --window-size="$2,900" --dump-dom "file://$copy" | grep -o 'measured: [^<]*') ||
+    result="not rendered"
+  [[ $result == "measured: all well" ]] || fail "${1##*/} in a window of $2: $result"
+}
+
+check_report() {
+  local page=$1
+  browse --window-size=1060,900 --dump-dom "file://$page" >"$work/dom" ||
+    fail "${page##*/}: $(tail -n 3 "$work/log")"
+  grep -q '</footer>' "$work/dom" || fail "${page##*/}: not rendered to its end"
+  [[ ! -s $work/console ]] || fail "${page##*/}: $(head -n 3 "$work/console")"
+  ! grep -qiE '<script|https?:|//[a-z]|url\(|@import' "$page" || fail "${page##*/}: is not self-contained"
+  check_page "$page" 500
+}
+
+# What this script looks for has to be seen where it is.
+check_itself() {
+  echo '<p>x<script>console.error("heard")</script></footer>' >"$work/bad.html"
+  browse --dump-dom "file://$work/bad.html" >"$work/dom"
+  grep -q heard "$work/console" || fail "an error on the console is not seen"
+  echo '<meta name=viewport><svg width=50 height=10><text x=40 y=8>outside</text></svg>' \
+    >"$work/bad.html"
+  before=$failures
+  check_page "$work/bad.html" 500 >"$work/expected"
+  if [[ $failures -gt $before ]]; then failures=$before; else fail "a text outside is not seen"; fi
+}
+
+check_itself
+for sample; do
+  page=$work/$(basename "${sample%.*}").html
+  "$veska" report "$sample" -o "$page"
+  check_report "$page"
+  [[ -z ${PICTURE:-} ]] || {
+    browse --window-size=1060,2210 --screenshot="$PICTURE" "file://$page"
+    unset PICTURE
+  }
+done
+echo "report_in_browser: $# reports, $failures failures"
+[[ $failures -eq 0 ]]

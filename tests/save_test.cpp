@@ -1,0 +1,362 @@
+// Saving and loading by path: a save happens wholly or not at all, and what is no file is refused.
+
+#include <algorithm>
+#include <csignal>
+#include <filesystem>
+#include <functional>
+#include <random>
+#include <thread>
+
+#include "heap.h"
+#include "image_builder.h"
+
+#ifndef _WIN32
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/file.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#endif
+
+namespace VESKA {
+namespace {
+
+namespace fs = std::filesystem;
+
+const Bytes kOld = Text("what was there before", 3000);
+
+class SaveTest : public testing::Test {
+ protected:
+  SaveTest() {
+    const auto* test = testing::UnitTest::GetInstance()->current_test_info();
+    folder_ = fs::temp_directory_path() /
+              (std::string("veska-") + test->name() + std::to_string(std::random_device()()));
+    fs::create_directory(folder_);
+    image_ = Sample("empty");
+    EXPECT_TRUE(Load(info_, image_));
+  }
+  ~SaveTest() override { fs::remove_all(folder_); }
+
+  fs::path File(const std::string& name, const Bytes& bytes = kOld) {
+    std::ofstream file(folder_ / name, std::ios::binary);
+    file.write(reinterpret_cast<const char*>(bytes.data()),
+               static_cast<std::streamsize>(bytes.size()));
+    return folder_ / name;
+  }
+  static Bytes BytesOf(const fs::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return Bytes(std::istreambuf_iterator<char>(file), {});
+  }
+  /// What is in the folder, each name with its size or what its link says.
+  std::vector<std::string> Contents() {
+    std::vector<std::string> names;
+    std::error_code error;
+    for (const auto& entry : fs::recursive_directory_iterator(folder_)) {
+      names.push_back(entry.path().string());
+      if (entry.is_symlink()) names.back() += " -> " + fs::read_symlink(entry).string();
+      if (entry.is_regular_file(error)) names.back() += " " + std::to_string(entry.file_size());
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+  }
+  /// Expects a save to be refused and to leave everything as it is.
+  void ExpectRefused(const fs::path& path) {
+    std::error_code error;
+    const bool is_file = fs::is_regular_file(path, error);
+    const Bytes old = is_file ? BytesOf(path) : Bytes();
+    const auto before = Contents();
+    EXPECT_FALSE(info_.SaveToFile(path)) << path;
+    EXPECT_EQ(Contents(), before);
+    EXPECT_EQ(is_file ? BytesOf(path) : Bytes(), old);
+  }
+
+  fs::path folder_;
+  Bytes image_;
+  CVMGInfo info_;
+};
+
+TEST_F(SaveTest, CreatesOrReplacesTheFileAndNothingElse) {
+  const std::u16string name = (folder_ / u"\u00e9\u65e5\U0001F4C0.ifo").u16string();
+  const auto* path = reinterpret_cast<const unsigned short*>(name.c_str());
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_TRUE(info_.SaveToFile(path));
+    EXPECT_EQ(BytesOf(name), image_);
+    EXPECT_EQ(Contents().size(), 1U);
+  }
+  CVMGInfo again;
+  EXPECT_TRUE(again.LoadFromFile(path, CVMGInfo::kLoadAll));
+  EXPECT_TRUE(again == info_);
+
+  const fs::path before = fs::current_path();
+  fs::current_path(folder_);
+  EXPECT_TRUE(info_.SaveToFile(File("longer").filename()));
+  EXPECT_TRUE(info_.SaveToFile("new"));
+  fs::current_path(before);
+  EXPECT_EQ(BytesOf(folder_ / "longer"), image_);
+  EXPECT_EQ(BytesOf(folder_ / "new"), image_);
+  EXPECT_EQ(Contents().size(), 3U);
+}
+
+TEST_F(SaveTest, RefusesWhatWouldNotReadBack) {
+  const std::pair<const char*, std::function<void(CVMGInfo&)>> cases[] = {
+      {"a stale count", [](CVMGInfo& info) { info.GetOriginalPGC().AddPGNode(); }},
+      {"a stale address", [](CVMGInfo& info) { info.GetMAT().GetHeader().ORG_PGCI_SA += 4; }},
+      {"an end address far behind the table",
+       [this](CVMGInfo& info) { Load(info, image_.With(524, Long(0x8100))); }},
+      {"a VOB without entries",
+       [](CVMGInfo& info) {
+         info.GetMovieAVFileTable().GetMovieAVFile().AddNode();
+         info.AutoComplete();
+       }},
+      {"a short entry point with a block",
+       [](CVMGInfo& info) {
+         tag_C_ITEM* item = info.GetOriginalPGC().AddCellNode(CELL_MOVIE);
+         static_cast<CMovieCell*>(item->CI)->AddNode(CELL_ENTRY_LONG);
+         info.AutoComplete();
+       }},
+      {"texts past 16-bit addresses",
+       [](CVMGInfo& info) {
+         for (int i = 0; i < 0x4000; ++i) info.GetTextDataMgr().AddNode()->IT_TXT.AddNode();
+         info.AutoComplete();
+       }},
+      {"manufacturer informations past 16-bit addresses",
+       [](CVMGInfo& info) {
+         for (int i = 0; i < 1700; ++i) info.GetMNFInfoTable().AddNode();
+         info.AutoComplete();
+       }},
+  };
+  const fs::path path = File("old");
+  for (const auto& [what, edit] : cases) {
+    SCOPED_TRACE(what);
+    ASSERT_TRUE(Load(info_, image_));
+    edit(info_);
+    ExpectRefused(path);
+    ExpectRefused(folder_ / "new");
+  }
+}
+
+TEST_F(SaveTest, RefusesPathsThatCannotBeWritten) {
+  const fs::path read_only = File("read only");
+  fs::permissions(read_only, fs::perms::owner_read | fs::perms::group_read);
+  fs::create_directory(folder_ / "folder");
+  const unsigned short* none = nullptr;
+  EXPECT_FALSE(info_.SaveToFile(none));
+  ExpectRefused("");
+  ExpectRefused(read_only);
+  ExpectRefused(folder_);
+  ExpectRefused(folder_ / "folder");
+  ExpectRefused(folder_ / "no such folder" / "file");
+  ExpectRefused(File("file") / "below");
+  ExpectRefused(folder_ / std::string(256, 'x'));
+  fs::permissions(read_only, fs::perms::owner_all);
+
+  const fs::path held = File("held");
+  {
+#ifdef _WIN32
+    const std::ofstream writer(held, std::ios::binary | std::ios::app);
+#else
+    const int writer = ::open(held.c_str(), O_RDWR);
+    ::flock(writer, LOCK_EX);
+#endif
+    ExpectRefused(held);
+#ifndef _WIN32
+    ::close(writer);
+#endif
+  }
+  EXPECT_TRUE(info_.SaveToFile(held));
+}
+
+TEST_F(SaveTest, WithoutMemoryFailsAndChangesNothing) {
+  const fs::path path = File("old");
+  const std::u16string name = path.u16string();
+  const auto before = Contents();
+  const std::size_t in_use = heap::InUse();
+  std::size_t calls = 0;
+  for (bool saved = false; !saved; ++calls) {
+    {
+      const heap::FailAfter none(calls);
+      saved = info_.SaveToFile(reinterpret_cast<const unsigned short*>(name.c_str()));
+    }
+    if (saved) break;
+    ASSERT_EQ(heap::InUse(), in_use);
+    ASSERT_EQ(BytesOf(path), kOld);
+    ASSERT_EQ(Contents(), before);
+  }
+  EXPECT_GT(calls, 3U);
+  EXPECT_EQ(BytesOf(path), image_);
+
+  for (calls = 0;; ++calls) {
+    const heap::FailAfter none(calls);
+    if (info_.LoadFromFile(path, CVMGInfo::kLoadAll)) break;
+  }
+  EXPECT_GT(calls, 0U);
+  EXPECT_EQ(heap::InUse(), in_use);
+}
+
+TEST_F(SaveTest, LoadingRefusesWhatIsNoFile) {
+  fs::create_directory(folder_ / "folder");
+  for (const std::uintmax_t gib : {4, 5, 4096}) {
+    const fs::path sparse = File(std::to_string(gib), image_);
+    std::error_code error;
+    fs::resize_file(sparse, gib << 30U, error);  // not every file system has files that large
+    if (error) fs::remove(sparse);
+  }
+  std::vector<fs::path> paths = {"", folder_, folder_ / "folder", folder_ / "missing",
+                                 File("empty", {})};
+  for (const auto& entry : fs::directory_iterator(folder_)) paths.push_back(entry.path());
+#ifndef _WIN32
+  ASSERT_EQ(::mkfifo((folder_ / "pipe").c_str(), 0600), 0);
+  // The last one says that it has 4,096 bytes, and has fewer.
+  for (const char* device :
+       {"/dev/null", "/dev/zero", "/dev/full", "/sys/devices/system/cpu/online"}) {
+    paths.emplace_back(device);
+  }
+  paths.push_back(folder_ / "pipe");
+#endif
+  for (const fs::path& path : paths) {
+    heap::StartPeak();
+    EXPECT_FALSE(info_.LoadFromFile(path, CVMGInfo::kLoadAll)) << path;
+    EXPECT_LT(heap::Peak(), std::size_t{1} << 20);
+  }
+  const unsigned short* none = nullptr;
+  EXPECT_FALSE(info_.LoadFromFile(none, CVMGInfo::kLoadAll));
+  CVMGInfo as_it_was;
+  ASSERT_TRUE(Load(as_it_was, image_));
+  EXPECT_TRUE(info_ == as_it_was);
+}
+
+TEST_F(SaveTest, LoadingByPathStaysBelow16TimesTheFile) {
+  for (int i = 0; i < 0xFFFF; ++i) info_.GetTextDataMgr().AddNode();
+  info_.AutoComplete();
+  const fs::path path = folder_ / "texts";
+  ASSERT_TRUE(info_.SaveToFile(path));
+  CVMGInfo info;
+  heap::StartPeak();
+  EXPECT_TRUE(info.LoadFromFile(path, CVMGInfo::kLoadAll));
+  EXPECT_LE(heap::Peak(), 16 * fs::file_size(path) + (std::size_t{1} << 20));
+  EXPECT_TRUE(info == info_);
+}
+
+#ifndef _WIN32
+
+mode_t ModeOf(const fs::path& path) {
+  struct stat status {};
+  return ::stat(path.c_str(), &status) == 0 ? status.st_mode & 07777U : 0;
+}
+
+TEST_F(SaveTest, KeepsPermissionsAndGivesANewFileTheUsualOnes) {
+  for (const mode_t mode : {0600U, 0640U, 0644U, 0666U, 0777U, 0222U}) {
+    const fs::path path = File("old");
+    ::chmod(path.c_str(), mode);
+    EXPECT_TRUE(info_.SaveToFile(path));
+    EXPECT_EQ(ModeOf(path), mode);
+  }
+  const fs::path longest = folder_ / std::string(255, 'x');
+  const mode_t before = ::umask(027);
+  EXPECT_TRUE(info_.SaveToFile(longest));
+  ::umask(before);
+  EXPECT_EQ(ModeOf(longest), 0640U);
+}
+
+TEST_F(SaveTest, WritesWhatASymbolicLinkNames) {
+  fs::create_directory(folder_ / "a");
+  fs::create_directory(folder_ / "b");
+  File("a/old");
+  const struct {
+    const char* link;
+    fs::path to;
+    const char* target;
+  } cases[] = {{"absolute", folder_ / "a/old", "a/old"},
+               {"b/relative", "../a/old", "a/old"},
+               {"b/twice", "relative", "a/old"},
+               {"dangling", "new", "new"},
+               {"b/dangling", "../a/new", "a/new"}};
+  for (const auto& link : cases) {
+    File("a/old");
+    fs::create_symlink(link.to, folder_ / link.link);
+    EXPECT_TRUE(info_.SaveToFile(folder_ / link.link)) << link.link;
+    EXPECT_EQ(fs::read_symlink(folder_ / link.link), link.to);
+    EXPECT_FALSE(fs::is_symlink(folder_ / link.target));
+    EXPECT_EQ(BytesOf(folder_ / link.target), image_) << link.link;
+  }
+  EXPECT_EQ(Contents().size(), 10U);
+  fs::create_symlink("loop", folder_ / "loop");
+  ExpectRefused(folder_ / "loop");
+}
+
+TEST_F(SaveTest, WritesDevicesDirectlyAndWaitsForNoReader) {
+  EXPECT_TRUE(info_.SaveToFile("/dev/null"));
+  if (fs::exists("/dev/full")) ExpectRefused("/dev/full");
+
+  const fs::path pipe = folder_ / "pipe";
+  ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+  ExpectRefused(pipe);
+  const int reader = ::open(pipe.c_str(), O_RDONLY | O_NONBLOCK);
+  EXPECT_TRUE(info_.SaveToFile(pipe));
+  Bytes received(image_.size() + 1);
+  EXPECT_EQ(::read(reader, received.data(), received.size()), static_cast<ssize_t>(image_.size()));
+  received.resize(image_.size());
+  EXPECT_EQ(received, image_);
+
+  // More than a pipe holds, to a reader that leaves before it has all.
+  CTimeMapTable& map =
+      info_.GetMovieAVFileTable().GetMovieAVFile().AddNode()->M_VOBI.GetTimeMapTable();
+  for (int i = 0; i < 0xFFFF; ++i) map.AddVobuENNode();
+  info_.AutoComplete();
+  std::thread leaving([reader] {
+    pollfd ready{reader, POLLIN, 0};
+    ::poll(&ready, 1, 10000);
+    ::close(reader);
+  });
+  EXPECT_FALSE(info_.SaveToFile(pipe));
+  leaving.join();
+}
+
+/// Limits the size that a file may grow to.
+class FileSizeLimit {
+ public:
+  explicit FileSizeLimit(std::size_t size) {
+    ::getrlimit(RLIMIT_FSIZE, &before_);
+    rlimit limit = before_;
+    limit.rlim_cur = size;
+    ::setrlimit(RLIMIT_FSIZE, &limit);
+  }
+  FileSizeLimit(const FileSizeLimit&) = delete;
+  FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+  ~FileSizeLimit() { ::setrlimit(RLIMIT_FSIZE, &before_); }
+
+ private:
+  rlimit before_{};
+};
+
+TEST_F(SaveTest, AFullDiskChangesNothingAndRaisesNoSignal) {
+  const fs::path old = File("old");
+  const auto before = Contents();
+  for (std::size_t size = 0; size < image_.size(); ++size) {
+    for (const fs::path& path : {old, folder_ / "new"}) {
+      bool saved = false;
+      {
+        const FileSizeLimit limit(size);
+        saved = info_.SaveToFile(path);
+      }
+      ASSERT_FALSE(saved) << size;
+    }
+    ASSERT_EQ(BytesOf(old), kOld);
+    ASSERT_EQ(Contents(), before);
+  }
+  sigset_t signals;
+  ::sigpending(&signals);
+  EXPECT_EQ(::sigismember(&signals, SIGXFSZ), 0);
+  ::pthread_sigmask(SIG_BLOCK, nullptr, &signals);
+  EXPECT_EQ(::sigismember(&signals, SIGXFSZ) + ::sigismember(&signals, SIGPIPE), 0);
+
+  const FileSizeLimit limit(image_.size());
+  EXPECT_TRUE(info_.SaveToFile(old));
+  EXPECT_EQ(BytesOf(old), image_);
+}
+
+#endif
+
+}  // namespace
+}  // namespace VESKA

@@ -1,0 +1,63 @@
+#include <CLI/CLI.hpp>
+#include <memory>
+#include <string>
+
+#include "bitrate.h"
+#include "command.h"
+#include "report_page.h"
+#include "tool_io.h"
+
+namespace veska_tool {
+namespace {
+
+struct Options {
+  std::string input;
+  std::string output;
+  std::string field_rate;
+  bool force = false;
+};
+
+/// 0 when it is to be told from the file.
+double FieldRate(const std::string& option) {
+  if (option.empty()) return 0;
+  return option == "50" ? kFields50 : kFields60;
+}
+
+ExitStatus Run(const Options& options) {
+  CheckOutput(options.output, options.force);
+  Bytes bytes = ReadInput(options.input);
+  const auto info = LoadInfo(options.input, bytes);
+  const std::string name =
+      IsStandard(options.input) ? "standard input" : NameOf(PathOf(options.input).filename());
+  WriteOutput(options.output, ReportPage(name, bytes, *info, FieldRate(options.field_rate)),
+              options.force);
+  return ExitStatus::kDone;
+}
+
+std::function<ExitStatus()> Declare(CLI::App& app) {
+  auto options = std::make_shared<Options>();
+  app.add_option("FILE", options->input, "A management file; - is standard input")->required();
+  app.add_option("-o,--output", options->output, "The page to write; - is standard output")
+      ->type_name("OUT.html")
+      ->required();
+  app.add_option("--field-rate", options->field_rate,
+                 "Video fields a second; told from the clock values of the VOBs unless given")
+      ->type_name("RATE")
+      ->check(CLI::IsMember({"50", "59.94"}));
+  app.add_flag("--force", options->force, "Overwrite an existing page");
+  return [options] { return Run(*options); };
+}
+
+}  // namespace
+
+extern const Command kReportCommand;
+const Command kReportCommand = {
+    "report", "Draw a management file as a web page",
+    "The page holds all that it needs: a map of the file, the programs and "
+    "cells to scale, the\n"
+    "play lists, and the bitrate of every movie VOB over time. It works "
+    "without scripts, in light\n"
+    "and in dark.\n",
+    "  veska report VR_MANGR.IFO -o report.html\n", Declare};
+
+}  // namespace veska_tool
