@@ -3,9 +3,9 @@
 #
 #   report_in_browser.sh VESKA SAMPLE...   exits with 77 where there is no Chromium
 #
-# A report must log nothing to the console, load nothing, fit a narrow window, and draw every chart
-# with its texts inside it and beside each other. PICTURE=FILE.png keeps the picture of the first
-# sample's report.
+# A report must log nothing to the console, load nothing, fit a narrow window, be light or dark as it
+# is asked for, and draw every chart with its texts inside it and beside each other.
+# PICTURE=FILE.png keeps the picture of the first sample's report.
 set -euo pipefail
 
 veska=$1
@@ -33,7 +33,16 @@ browse() {
 
 # Put into a copy of a page: writes into the document what is wrong with how it is laid out.
 measure='<script>addEventListener("load", () => {
-  const wrong = [];
+  const wrong = performance.getEntriesByType("resource").map(entry => "loads " + entry.name);
+  const light = color => color.match(/\d+/g).slice(0, 3).reduce((sum, part) => sum + +part, 0) > 382;
+  const dark = matchMedia("(prefers-color-scheme: dark)").matches;
+  const root = getComputedStyle(document.documentElement);
+  if (light(root.backgroundColor) === dark) wrong.push("paper of the wrong lightness");
+  for (const part of document.querySelectorAll("p, h1, dd, td, th, caption, text:not(.on-bar)")) {
+    const style = getComputedStyle(part);
+    const ink = part.matches("text") ? style.fill : style.color;
+    if (light(ink) !== dark) wrong.push("ink of the wrong lightness: " + part.textContent);
+  }
   if (document.documentElement.scrollWidth > innerWidth) wrong.push("wider than the window");
   for (const svg of document.querySelectorAll("svg")) {
     const all = svg.getBoundingClientRect();
@@ -58,14 +67,15 @@ measure='<script>addEventListener("load", () => {
   document.body.textContent = "measured: " + (wrong.join("; ") || "all well");
 });</script>'
 
-# check_page PAGE WIDTH
+# check_page PAGE OPTION...
 check_page() {
-  local copy=$work/measured.html result
-  sed '/Content-Security-Policy/d' "$1" >"$copy"
+  local page=$1 copy=$work/measured.html result
+  shift
+  sed '/Content-Security-Policy/,/>/d' "$page" >"$copy"
   echo "$measure" >>"$copy"
-  result=$(browse --window-size="$2,900" --dump-dom "file://$copy" | grep -o 'measured: [^<]*') ||
-    result="not rendered"
-  [[ $result == "measured: all well" ]] || fail "${1##*/} in a window of $2: $result"
+  result=$(browse --window-size=500,900 "$@" --dump-dom "file://$copy" |
+    grep -o 'measured: [^<]*') || result="not rendered"
+  [[ $result == "measured: all well" ]] || fail "${page##*/} $*: $result"
 }
 
 check_report() {
@@ -75,19 +85,30 @@ check_report() {
   grep -q '</footer>' "$work/dom" || fail "${page##*/}: not rendered to its end"
   [[ ! -s $work/console ]] || fail "${page##*/}: $(head -n 3 "$work/console")"
   ! grep -qiE '<script|https?:|//[a-z]|url\(|@import' "$page" || fail "${page##*/}: is not self-contained"
-  check_page "$page" 500
+  check_page "$page"
+  check_page "$page" --force-dark-mode
 }
 
 # What this script looks for has to be seen where it is.
 check_itself() {
-  echo '<p>x<script>console.error("heard")</script></footer>' >"$work/bad.html"
-  browse --dump-dom "file://$work/bad.html" >"$work/dom"
+  local bad=$work/bad.html fault told before
+  echo '<p>x<script>console.error("heard")</script></footer>' >"$bad"
+  browse --dump-dom "file://$bad" >"$work/dom"
   grep -q heard "$work/console" || fail "an error on the console is not seen"
-  echo '<meta name=viewport><svg width=50 height=10><text x=40 y=8>outside</text></svg>' \
-    >"$work/bad.html"
-  before=$failures
-  check_page "$work/bad.html" 500 >"$work/expected"
-  if [[ $failures -gt $before ]]; then failures=$before; else fail "a text outside is not seen"; fi
+  while IFS='|' read -r fault told; do
+    echo "<meta name=viewport><style>html { background: #fff }</style>$fault" >"$bad"
+    before=$failures
+    check_page "$bad" >"$work/expected"
+    failures=$before
+    grep -q "measured: $told" "$work/expected" || fail "not told of $fault: $(<"$work/expected")"
+  done <<'EOF'
+<svg width=50 height=10><text x=40 y=8>x</text></svg>|outside its drawing
+<svg width=50 height=20><text x=4 y=12>x</text><text x=5 y=12>y</text></svg>|x on y
+<img src="http://127.0.0.1:9/x">|loads http
+<p style="color: #eee">x</p>|ink of the wrong
+<style>html { background: #222 }</style>|paper of the wrong
+<div style="width: 600px">x</div>|wider than the window
+EOF
 }
 
 check_itself
@@ -96,7 +117,8 @@ for sample; do
   "$veska" report "$sample" -o "$page"
   check_report "$page"
   [[ -z ${PICTURE:-} ]] || {
-    browse --window-size=1060,2210 --screenshot="$PICTURE" "file://$page"
+    browse --window-size=1060,2640 --screenshot="$work/picture.png" "file://$page"
+    pngquant --speed 1 --force --output "$PICTURE" "$work/picture.png"
     unset PICTURE
   }
 done

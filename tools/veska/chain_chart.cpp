@@ -103,9 +103,13 @@ std::string ChainChart(VESKA::CPGCInfo& chain, bool by_time, const std::vector<C
                 kCellHeight);
   svg.NewLine();
 
-  double free_from = -1e9;
+  constexpr double kMarkWidth = 8;
+  double last = -kMarkWidth;
+  double free_from = last;
   for (const ChainMark& mark : marks) {
     const double at = begins[static_cast<std::size_t>(mark.cell)] * unit;
+    if (at - last < kMarkWidth / 2) continue;
+    last = at;
     svg.Path("point", "M" + Coordinate(at) + " " + Coordinate(kTop - 2) + "l-4 -7h8z", mark.title);
     const double width = 8.0 * static_cast<double>(mark.label.size());
     if (at - width / 2 < free_from) continue;
