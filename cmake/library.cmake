@@ -39,6 +39,11 @@ target_compile_definitions(
   veska_shared
   PUBLIC VESKA_SHARED
   PRIVATE VESKA_BUILDING)
+if(UNIX AND NOT APPLE)
+  set(exports ${PROJECT_SOURCE_DIR}/cmake/exports.map)
+  target_link_options(veska_shared PRIVATE LINKER:--version-script=${exports})
+  set_target_properties(veska_shared PROPERTIES LINK_DEPENDS ${exports})
+endif()
 
 if(BUILD_SHARED_LIBS)
   set(chosen veska_shared)
