@@ -151,10 +151,11 @@ TEST_F(SaveTest, RefusesPathsThatCannotBeWritten) {
   ExpectRefused(folder_ / std::string(256, 'x'));
   fs::permissions(read_only, fs::perms::owner_all);
 
-  const fs::path held = File("held");
+  const fs::path held = File("held", image_);
   {
 #ifdef _WIN32
     const std::ofstream writer(held, std::ios::binary | std::ios::app);
+    EXPECT_FALSE(info_.LoadFromFile(held, CVMGInfo::kLoadAll));
 #else
     const int writer = ::open(held.c_str(), O_RDWR);
     ::flock(writer, LOCK_EX);

@@ -25,6 +25,12 @@ class Handle {
 
   bool IsOpen() const { return handle_ != INVALID_HANDLE_VALUE; }
   bool IsDiskFile() const { return ::GetFileType(handle_) == FILE_TYPE_DISK; }
+  /// Not every system keeps an administrator from writing such a file.
+  bool IsReadOnly() const {
+    BY_HANDLE_FILE_INFORMATION file{};
+    return ::GetFileInformationByHandle(handle_, &file) != 0 &&
+           (file.dwFileAttributes & FILE_ATTRIBUTE_READONLY) != 0;
+  }
   HANDLE Get() const { return handle_; }
   bool Close() {
     const HANDLE handle = std::exchange(handle_, INVALID_HANDLE_VALUE);
@@ -135,6 +141,7 @@ bool WriteWholeFile(const std::filesystem::path& path, const unsigned char* byte
   if (!exists && (::GetLastError() != ERROR_FILE_NOT_FOUND || Exists(path))) {
     return false;  // it cannot be written, or is a link to a file that is none
   }
+  if (exists && held.IsReadOnly()) return false;
   if (exists && !held.IsDiskFile()) return WriteAll(held.Get(), bytes, size) && held.Close();
   if (exists) target = FinalPath(held, path);
 
