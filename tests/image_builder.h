@@ -8,11 +8,13 @@
 #include <gtest/gtest.h>
 #include <veska/veska.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -99,6 +101,24 @@ inline Bytes PlayLists(const std::vector<Bytes>& play_lists) {
   Bytes table = Zeros(3) + Byte(play_lists.size()) + Long(7 + 146 * play_lists.size());
   for (const Bytes& play_list : play_lists) table += play_list;
   return table;
+}
+
+/// The image with damage of one of four kinds: cut, zeroed in a place, with a part of itself in
+/// another place, or with a few bytes at random.
+inline Bytes RandomlyDamaged(const Bytes& image, std::mt19937& random, unsigned kind) {
+  const auto below = [&random](std::size_t limit) { return random() % limit; };
+  const std::size_t offset = below(image.size());
+  const std::size_t size = std::min<std::size_t>(below(300), image.size() - offset);
+  if (kind % 4 == 0) return image.Part(0, offset);
+  if (kind % 4 == 1) return image.With(offset, Zeros(size));
+  if (kind % 4 == 2) {
+    return image.With(offset, image.Part(below(image.size() - size + 1), size));
+  }
+  Bytes damaged = image;
+  for (unsigned i = 0; i <= kind % 5; ++i) {
+    damaged[below(image.size())] = static_cast<unsigned char>(below(256));
+  }
+  return damaged;
 }
 
 /// A whole file: its tables, which `Image` lays out.

@@ -157,10 +157,13 @@ std::uint64_t TableWalk::StillTable(std::uint64_t at) {
   if (presence.value == 1) streams.value = BlocksBefore(streams, room, index_behind);
 
   const Index index = index_behind(streams.value);
-  const AudioPart audio = FindAudioPart(at, index.Pointer(index.count.value), room);
+  // Where no groups are stated, what looks like their index may be that of the audio groups.
+  const bool is_absent = presence.value == 0 && AudioStandsAsStated(at, index.start, room);
+  const std::uint64_t index_end = is_absent ? index.start : index.Pointer(index.count.value);
+  const AudioPart audio = FindAudioPart(at, index_end, room);
   std::uint64_t end = AddRun(Part::kStillStreams, streams_at, streams);
   std::optional<std::uint64_t> groups_end = end;
-  if (IsPresent(presence, index, room)) {
+  if (!is_absent && IsPresent(presence, index, room)) {
     std::optional<std::uint64_t> size;
     end = WalkIndex(index, {audio.streams_at, room.next}, StillGroups(), &size);
     groups_end.reset();
@@ -206,6 +209,16 @@ IndexWalk::ItemKind TableWalk::AudioGroups() {
           }};
 }
 
+/// True when the header of the table places an index of audio groups that stands in order, with its
+/// streams from `streams_at` on.
+bool TableWalk::AudioStandsAsStated(std::uint64_t table, std::uint64_t streams_at,
+                                    const Room& room) {
+  const std::uint64_t streams = Number<tag_S_AVFITI>("S_A_ATR_Ns", table).value;
+  const Index index = AudioIndex(table, streams_at + kFileSize<tag_S_A_ATR> * streams);
+  return Number<tag_S_AVFITI>("S_AAFI_Ns", table).value == 1 &&
+         ImpliedCount(index, room.next) == index.count.value;
+}
+
 /// Finds what stands behind the still groups, which no address names: the one place at which an
 /// index of audio groups stands in order, and the streams before it.
 TableWalk::AudioPart TableWalk::FindAudioPart(std::uint64_t table, std::uint64_t from,
@@ -228,7 +241,7 @@ TableWalk::AudioPart TableWalk::FindAudioPart(std::uint64_t table, std::uint64_t
   const std::uint64_t streams_end = part.index_at              ? *part.index_at
                                     : part.presence.value == 0 ? room.own
                                                                : 0;
-  if (streams_end > from + size) part.streams_at = streams_end - size;
+  if (streams_end >= from + size) part.streams_at = streams_end - size;
   return part;
 }
 

@@ -117,12 +117,11 @@ ExitStatus RunTool(std::vector<std::string> arguments) {
     std::reverse(arguments.begin(), arguments.end());  // as the parser takes them
     app.parse(std::move(arguments));
   } catch (const CLI::ParseError& error) {
-    return Report(app, error);
+    run = [&app, error] { return Report(app, error); };
   }
   const ExitStatus status = Guarded("", run);
-  return Guarded("", [] { return FlushStandardOutput(), ExitStatus::kDone; }) == ExitStatus::kDone
-             ? status
-             : ExitStatus::kFile;
+  const ExitStatus flushed = Guarded("", [] { return FlushStandardOutput(), ExitStatus::kDone; });
+  return Worse(status, flushed);
 }
 
 }  // namespace veska_tool

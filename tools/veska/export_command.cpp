@@ -35,7 +35,17 @@ ExitStatus ExportLines(const Options& options) {
   return status;
 }
 
+void CheckFiles(const Options& options) {
+  const auto refuse = [](const char* what) {
+    throw Failure(ExitStatus::kUsage, "", std::string(what) + " (see veska export --help)");
+  };
+  if (options.schema && !options.files.empty()) refuse("--schema takes no FILE");
+  if (!options.schema && options.files.empty()) refuse("FILE is required");
+  if (options.files.size() > 1 && !options.lines) refuse("several FILEs need --lines");
+}
+
 ExitStatus RunExport(const Options& options) {
+  CheckFiles(options);
   CheckOutput(options.output, options.force);
   if (options.schema) {
     WriteOutput(options.output, TextOf(Schema()), options.force);
@@ -56,14 +66,6 @@ std::function<ExitStatus()> Declare(CLI::App& app) {
   app.add_flag("--lines", options->lines, "Write one compact line for each file, which it names");
   app.add_flag("--schema", options->schema, "Write the JSON Schema of these documents instead");
   app.add_flag("--force", options->force, "Overwrite an existing OUT.json");
-  app.callback([options] {
-    if (options->files.empty() != options->schema) {
-      throw CLI::RequiredError(options->schema ? "--schema without FILE" : "FILE");
-    }
-    if (options->files.size() > 1 && !options->lines) {
-      throw CLI::ValidationError("FILE", "more than one needs --lines");
-    }
-  });
   return [options] { return RunExport(*options); };
 }
 

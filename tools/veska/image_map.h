@@ -84,12 +84,12 @@ struct Structure {
   Table table;
   Part part;
   State state = State::kWhole;
-  std::uint32_t number = 0;  ///< among its like, from 1; 0 when there is only one
-  std::int32_t parent = -1;  ///< the position of the structure that it belongs to, -1 for none
+  std::uint32_t number = 0;   ///< among its like, from 1; 0 when there is only one
+  std::int32_t parent = -1;   ///< the position of the structure that it belongs to, -1 for none
   std::uint32_t count = 1;    ///< how many records, entries or addresses of it are in the file
   std::uint32_t counted = 1;  ///< how many there should be
-  std::uint64_t offset = 0;  ///< in the file
-  std::uint64_t size = 0;    ///< as far as the file goes; 0 when lost
+  std::uint64_t offset = 0;   ///< in the file
+  std::uint64_t size = 0;     ///< as far as the file goes; 0 when lost
 };
 
 /// The structures of a file.

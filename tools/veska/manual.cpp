@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "command.h"
+#include "edit_operations.h"
 
 namespace veska_tool {
 namespace {
@@ -164,6 +165,10 @@ std::string BashCompletion(const CLI::App& tool) {
     cases += std::string("    ") + command->name + ") words=\"" +
              OptionWords(AppOf(tool, *command)) + "\" ;;\n";
   }
+  std::string operations;
+  for (const EditOperation& operation : EditOperations()) {
+    operations += (operations.empty() ? "" : " ") + std::string(operation.name);
+  }
   return "# Completion of veska for bash. Made by veska help --bash.\n"
          "_veska() {\n"
          "  local current=${COMP_WORDS[COMP_CWORD]} words\n"
@@ -180,7 +185,11 @@ std::string BashCompletion(const CLI::App& tool) {
          "    COMPREPLY=($(compgen -W \"$words\" -- \"$current\"))\n"
          "  else\n"
          "    compopt -o filenames 2>/dev/null\n"
-         "    COMPREPLY=($(compgen -f -- \"$current\"))\n"
+         "    mapfile -t COMPREPLY < <(compgen -f -- \"$current\")\n"
+         "    [[ ${COMP_WORDS[1]} != edit || $COMP_CWORD -eq 2 ]] ||\n"
+         "      COMPREPLY+=($(compgen -W \"" +
+         operations +
+         "\" -- \"$current\"))\n"
          "  fi\n"
          "}\n"
          "complete -F _veska veska\n";

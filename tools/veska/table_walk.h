@@ -61,6 +61,7 @@ class TableWalk : private IndexWalk {
     std::uint64_t streams_at = 0;  ///< where the streams stand, 0 when that cannot be told
     std::optional<std::uint64_t> index_at;
   };
+  bool AudioStandsAsStated(std::uint64_t table, std::uint64_t streams_at, const Room& room);
   AudioPart FindAudioPart(std::uint64_t table, std::uint64_t from, const Room& room);
   Index AudioIndex(std::uint64_t table, std::uint64_t at) const;
   std::uint64_t WalkAudioPart(AudioPart part, std::optional<std::uint64_t> groups_end,
