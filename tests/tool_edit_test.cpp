@@ -50,60 +50,43 @@ class EditTest : public testing::Test {
 /// The part of a sample that a case looks at, as one line.
 std::string Summary(CVMGInfo& info) {
   CPGCInfo& chain = info.GetOriginalPGC();
-  std::string text = "programs";
+  std::string text;
   for (int i = 0; i < chain.GetPGCount(); ++i) {
     const tag_PGI* program = chain.GetPGNode(i);
-    text += " " + std::to_string(program->number_132) + "x" + std::to_string(program->C_Ns) + "@" +
-            std::to_string(program->cell_point.cell);
+    text += std::to_string(program->number_132) + "x" + std::to_string(program->C_Ns) + "@" +
+            std::to_string(program->cell_point.cell) + " ";
   }
   CPlayListSRPTable& play_lists = info.GetMAT().GetPlayListTable();
-  text += ", play lists";
+  text += "|";
   for (int i = 0; i < play_lists.GetCount(); ++i)
     text += " " + std::to_string(play_lists[i]->number_136) + "@" +
             std::to_string(play_lists[i]->cell_point.cell);
-  return text + ", user chains " + std::to_string(info.GetUserPGCTable().GetCount());
+  return text + " | " + std::to_string(info.GetUserPGCTable().GetCount());
 }
 
 TEST(EditOperations, ChangeWhatTheySay) {
   // The still camera's disc has the programs 1, 2 and 3 with 4, 3 and 6 cells, each with a point in
   // its first cell, and a play list with one in cell 3. The full one has four play lists and two
   // user-defined chains.
+  constexpr const char* kStill = "still_camera";
   const struct {
     const char* sample;
     std::vector<std::string> words;
     const char* summary;
   } cases[] = {
-      {"still_camera", {}, "programs 1x4@1 2x3@5 3x6@8, play lists 1@3, user chains 0"},
-      {"still_camera",
-       {"delete-program", "1"},
-       "programs 2x3@1 3x6@4, play lists 1@65535, user chains 0"},
-      {"still_camera",
-       {"move-program", "1", "3"},
-       "programs 2x3@1 3x6@4 1x4@10, play lists 1@12, user chains 0"},
-      {"still_camera",
-       {"move-program", "3", "1"},
-       "programs 3x6@1 1x4@7 2x3@11, play lists 1@9, user chains 0"},
-      {"still_camera",
-       {"delete-cell", "5"},
-       "programs 1x4@1 2x2@65535 3x6@7, play lists 1@3, user chains 0"},
-      {"still_camera",
-       {"move-cell", "1", "5"},
-       "programs 1x3@5 2x4@4 3x6@8, play lists 1@2, user chains 0"},
-      {"still_camera",
-       {"move-cell", "8", "1"},
-       "programs 1x5@2 2x3@6 3x5@1, play lists 1@4, user chains 0"},
-      {"still_camera",
-       {"split-program", "2", "6"},
-       "programs 1x4@1 2x1@5 2x2@65535 3x6@8, play lists 1@3, user chains 0"},
-      {"still_camera",
-       {"join-programs", "2"},
-       "programs 1x4@1 2x9@5, play lists 1@3, user chains 0"},
-      {"still_camera",
-       {"split-program", "1", "3", "join-programs", "1"},
-       "programs 1x4@1 2x3@5 3x6@8, play lists 1@3, user chains 0"},
+      {kStill, {}, "1x4@1 2x3@5 3x6@8 | 1@3 | 0"},
+      {kStill, {"delete-program", "1"}, "2x3@1 3x6@4 | 1@65535 | 0"},
+      {kStill, {"move-program", "1", "3"}, "2x3@1 3x6@4 1x4@10 | 1@12 | 0"},
+      {kStill, {"move-program", "3", "1"}, "3x6@1 1x4@7 2x3@11 | 1@9 | 0"},
+      {kStill, {"delete-cell", "5"}, "1x4@1 2x2@65535 3x6@7 | 1@3 | 0"},
+      {kStill, {"move-cell", "1", "5"}, "1x3@5 2x4@4 3x6@8 | 1@2 | 0"},
+      {kStill, {"move-cell", "8", "1"}, "1x5@2 2x3@6 3x5@1 | 1@4 | 0"},
+      {kStill, {"split-program", "2", "6"}, "1x4@1 2x1@5 2x2@65535 3x6@8 | 1@3 | 0"},
+      {kStill, {"join-programs", "2"}, "1x4@1 2x9@5 | 1@3 | 0"},
+      {kStill, {"split-program", "1", "3", "join-programs", "1"}, "1x4@1 2x3@5 3x6@8 | 1@3 | 0"},
       {"mixed_full",
        {"delete-playlist", "2", "swap-playlists", "1", "3", "delete-user-chain", "1"},
-       "programs 1x1@7 2x1@14 3x1@7 4x9@2 5x6@14, play lists 61451@17 0@65535 1@3, user chains 1"},
+       "1x1@7 2x1@14 3x1@7 4x9@2 5x6@14 | 61451@17 0@65535 1@3 | 1"},
   };
   for (const auto& test : cases) {
     SCOPED_TRACE(test.summary);

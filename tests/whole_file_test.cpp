@@ -145,6 +145,8 @@ const struct {
     {"moved VOBs", kStale, kRefused, [](auto& i) { Vob(i, 2).GetHeader().VOB_TY[1] = 0; }},
     {"no address", kStale, kRefused, [](auto& i) { i.GetMAT().GetHeader().S_AVFIT_SA = 0; }},
     {"far address", kStale, kRefused, [](auto& i) { i.GetMAT().GetHeader().MNFIT_SA = 1U << 31U; }},
+    {"far end address", kStale, kRefused,
+     [](auto& i) { Load(i, Sample("empty").With(524, Long(0x8100))); }},
     {"an empty file", kStale, kRefused, [](auto& i) { i = CVMGInfo(); }},
     {"an empty file", kCompleted, kSaved, [](auto& i) { i = CVMGInfo(); }},
     {"half loaded", kStale, kRefused, [](auto& i) { Load(i, Sample("mixed_full"), 0x21); }},
