@@ -85,73 +85,63 @@ TEST(Json, BuildsWhatCompletingMakesOfDamagedFiles) {
 
 /// A change of the document of a sample that has everything, and the message that names it.
 struct Mistake {
-  const char* operation;  // of a JSON patch
+  const char* path;
+  const char* value;  // null to remove what is there
   const char* message;
 };
 const Mistake kMistakes[] = {
-    {R"({"op":"remove","path":"/version"})",
-     "the document: expected the key \"version\", found none"},
-    {R"({"op":"replace","path":"/version","value":2})", "/version: expected 1, found 2"},
-    {R"({"op":"replace","path":"/version","value":"1"})", "/version: expected 1, found \"1\""},
-    {R"({"op":"replace","path":"/$schema","value":1})", "/$schema: expected a string, found 1"},
-    {R"({"op":"add","path":"/x~1y~0","value":1})", "/x~1y~0: expected none but "},
-    {R"({"op":"replace","path":"","value":[]})",
-     "the document: expected an object, found an array"},
-    {R"({"op":"remove","path":"/texts"})", "the document: expected the key \"texts\", found none"},
-    {R"({"op":"replace","path":"/texts","value":null})", "/texts: expected an object, found null"},
-    {R"({"op":"replace","path":"/texts/CHRS","value":256})",
-     "/texts/CHRS: expected a whole number from 0 to 255, found 256"},
-    {R"({"op":"replace","path":"/texts/CHRS","value":-1})", "found -1"},
-    {R"({"op":"replace","path":"/texts/CHRS","value":1.0})", "found 1.0"},
-    {R"({"op":"replace","path":"/texts/sets","value":{}})",
-     "/texts/sets: expected an array, found an object"},
-    {R"({"op":"replace","path":"/texts/sets/0/texts/1/text/hex","value":"616"})",
-     "/texts/sets/0/texts/1/text/hex: expected an even number, up to 510, of hex digits"},
-    {R"({"op":"replace","path":"/texts/sets/0/texts/0/text/text","value":"Ending"})",
-     "/texts/sets/0/texts/0/text/text: expected \"Opening\", as \"hex\" says"},
-    {R"({"op":"replace","path":"/texts/sets/0/texts/0","value":[]})",
-     "/texts/sets/0/texts/0: expected an object, found an array"},
-    {R"({"op":"replace","path":"/texts/sets","value":[]})",
-     "/texts/sets: expected at least one item, or zeros"},
-    {R"({"op":"add","path":"/movie/vobs/1/length","value":1})",
-     "/movie/vobs/1/length: expected none but VOB_TY, bytes_2"},
-    {R"({"op":"replace","path":"/movie/vobs/0/VOB_TY","value":"zz00"})",
-     "/movie/vobs/0/VOB_TY: expected 4 hex digits, found \"zz00\""},
-    {R"({"op":"replace","path":"/movie/vobs/0/VOB_TY","value":"0080"})",
+    {"/version", nullptr, "the document: expected the key \"version\", found none"},
+    {"/version", "2", ": expected 1, found 2"},
+    {"/version", R"("1")", ": expected 1, found \"1\""},
+    {"/$schema", "1", ": expected a string, found 1"},
+    {"/x~1y~0", "1", ": expected none but "},
+    {"", "[]", "the document: expected an object, found an array"},
+    {"/texts", nullptr, "the document: expected the key \"texts\", found none"},
+    {"/texts", "null", ": expected an object, found null"},
+    {"/texts/CHRS", "256", ": expected a whole number from 0 to 255, found 256"},
+    {"/texts/CHRS", "-1", "found -1"},
+    {"/texts/CHRS", "1.0", "found 1.0"},
+    {"/texts/sets", "{}", ": expected an array, found an object"},
+    {"/texts/sets/0/texts/1/text/hex", R"("616")",
+     ": expected an even number, up to 510, of hex digits"},
+    {"/texts/sets/0/texts/0/text/text", R"("Ending")", ": expected \"Opening\", as \"hex\" says"},
+    {"/texts/sets/0/texts/0", "[]", ": expected an object, found an array"},
+    {"/texts/sets", "[]", ": expected at least one item, or zeros"},
+    {"/movie/vobs/1/length", "1", ": expected none but VOB_TY, bytes_2"},
+    {"/movie/vobs/0/VOB_TY", R"("zz00")", ": expected 4 hex digits, found \"zz00\""},
+    {"/movie/vobs/0/VOB_TY", R"("0080")",
      "/movie/vobs/0: expected the key \"seamless_block\", found none"},
-    {R"({"op":"replace","path":"/movie/vobs/2/VOB_TY","value":"0000"})",
-     "/movie/vobs/2/seamless_block: expected none but"},
-    {R"({"op":"replace","path":"/movie/vobs/0/time_map","value":
-         {"TM_OSF":0,"VOBU_ADR_OSF":0,"times":[],"vobus":[]}})",
+    {"/movie/vobs/2/VOB_TY", R"("0000")", "/movie/vobs/2/seamless_block: expected none but"},
+    {"/movie/vobs/0/time_map", R"({"TM_OSF":0,"VOBU_ADR_OSF":0,"times":[],"vobus":[]})",
      "/movie/vobs/0/time_map/vobus: expected at least one entry"},
-    {R"({"op":"replace","path":"/still/groups/0/entries/0/S_VOB_ENT_TY","value":255})",
+    {"/still/groups/0/entries/0/S_VOB_ENT_TY", "255",
      "/still/groups/0/entries/0: expected the key \"EXT1_PCKs\""},
-    {R"({"op":"replace","path":"/original_chain/cells/0/type","value":"audio"})",
-     "/original_chain/cells/0/type: expected \"movie\" or \"still\", found \"audio\""},
-    {R"({"op":"replace","path":"/original_chain/cells/0/C_TY","value":32})",
-     "/original_chain/cells/0/C_TY: expected bits 7 to 5 that are 000 for a movie cell"},
-    {R"({"op":"replace","path":"/original_chain/cells/6/entries/0/EP_TY","value":0})",
+    {"/original_chain/cells/0/type", R"("audio")",
+     ": expected \"movie\" or \"still\", found \"audio\""},
+    {"/original_chain/cells/0/C_TY", "32", ": expected bits 7 to 5 that are 000 for a movie cell"},
+    {"/original_chain/cells/6/entries/0/EP_TY", "0",
      "/original_chain/cells/6/entries/0/block: expected none but EP_TY, time_1"},
-    {R"({"op":"remove","path":"/original_chain/cells/6/entries/0/block"})",
+    {"/original_chain/cells/6/entries/0/block", nullptr,
      "/original_chain/cells/6/entries/0: expected the key \"block\""},
-    {R"({"op":"remove","path":"/header/cell_point_70/ext"})",
-     "/header/cell_point_70: expected the key \"ext\""},
-    {R"({"op":"add","path":"/header/cell_point_70/position","value":"000000000000"})",
-     "/header/cell_point_70/position: expected none but base, cell, ext"},
+    {"/header/cell_point_70/ext", nullptr, "/header/cell_point_70: expected the key \"ext\""},
+    {"/header/cell_point_70/position", R"("000000000000")", ": expected none but base, cell, ext"},
 };
 
 TEST(Json, NamesWhereAMistakeIsAndWhatWasExpected) {
   const Json document = Exported("mixed_full");
-  for (const Mistake& mistake : kMistakes) {
-    const Json changed = document.patch(Json::array({Json::parse(mistake.operation)}));
+  for (const auto& [path, value, message] : kMistakes) {
+    Json operation = {{"op", value == nullptr ? "remove" : "add"}, {"path", path}};
+    if (value != nullptr) operation["value"] = Json::parse(value);
+    const Json changed = document.patch(Json::array({operation}));
     try {
       VESKA::CVMGInfo info;
       veska_tool::Build(changed, "test", info);
-      ADD_FAILURE() << mistake.operation << " was taken";
+      ADD_FAILURE() << operation << " was taken";
     } catch (const Failure& failure) {
       EXPECT_EQ(failure.Status(), ExitStatus::kFound);
-      EXPECT_TRUE(std::string(failure.what()).find(mistake.message) != std::string::npos)
-          << failure.what() << "\n  instead of " << mistake.message;
+      const std::string expected = std::string(*message == ':' ? path : "") + message;
+      EXPECT_NE(std::string(failure.what()).find(expected), std::string::npos)
+          << failure.what() << "\n  instead of " << expected;
     }
   }
 }
@@ -180,15 +170,20 @@ TEST(Json, RefusesMoreItemsThanACountHolds) {
 }
 
 TEST(Json, RefusesTextThatIsNotJson) {
-  const char* const kTexts[] = {"",
-                                "{",
-                                "{\"version\": 1,}",
-                                "[1 2]",
-                                "{\"a\": {\"b\": 1, \"b\": 2}}",
-                                "\xff",
-                                "{\"version\": 01}"};
-  for (const char* text : kTexts) {
+  for (const char* text : {"", "{", "{\"version\": 1,}", "[1 2]", R"({"a": {"b": 1, "b": 2}})",
+                           "\xff", "{\"version\": 01}"}) {
     EXPECT_THROW(veska_tool::ParseJson(text, "test"), Failure) << text;
+  }
+}
+
+TEST(Json, RefusesToExportWithoutTheOneFile) {
+  const std::string file = Sample("empty.ifo");
+  const std::vector<std::string> cases[] = {{}, {file, file}, {"--schema", file}};
+  for (std::vector<std::string> arguments : cases) {
+    arguments.insert(arguments.begin(), "export");
+    const ToolRun run = RunTool(arguments);
+    EXPECT_EQ(run.status, ExitStatus::kUsage);
+    EXPECT_TRUE(run.out.empty());
   }
 }
 

@@ -6,14 +6,14 @@
 
 #include <algorithm>
 #include <array>
-#include <numeric>
 #include <random>
+
+#include "round_trip.h"
 
 namespace {
 
 using namespace VESKA;
 using veska_tool::ChainEditor;
-using veska_tool::kNewCell;
 using veska_tool::kNoCell;
 using veska_tool::Renumber;
 
@@ -50,26 +50,18 @@ struct Model {
   }
 };
 
+/// The number that stands at the same place in cells of both kinds.
 int IdOf(tag_C_ITEM* item) {
   if (item == nullptr) return 0;
-  if (item->CI->GetType() == CELL_MOVIE)
-    return static_cast<CMovieCell*>(item->CI)->GetHeader().number_2;
-  return static_cast<CStillCell*>(item->CI)->GetHeader().number_2;
-}
-
-void SetId(tag_C_ITEM* item, int id) {
-  if (item->CI->GetType() == CELL_MOVIE) {
-    static_cast<CMovieCell*>(item->CI)->GetHeader().number_2 = static_cast<std::uint16_t>(id);
-  } else {
-    static_cast<CStillCell*>(item->CI)->GetHeader().number_2 = static_cast<std::uint16_t>(id);
-  }
+  return item->CI->GetType() == CELL_MOVIE
+             ? static_cast<CMovieCell*>(item->CI)->GetHeader().number_2
+             : static_cast<CStillCell*>(item->CI)->GetHeader().number_2;
 }
 
 /// Reads the model off the object and, for the positions, off the image that it writes.
 Model ModelOf(CVMGInfo& info) {
   info.AutoComplete();
-  std::vector<unsigned char> image(info.GetDataSize());
-  info.GetData(image.data());
+  const std::vector<unsigned char> image = round_trip::ImageOf(info);
   CPGCInfo& chain = info.GetOriginalPGC();
   const auto point = [&](const tag_CELL_POINT& cell_point, unsigned long position) {
     Point result{cell_point.cell == kNoCell ? 0 : IdOf(chain.GetCellNode(cell_point.cell - 1)), {}};
@@ -107,9 +99,14 @@ class RandomFile {
  public:
   explicit RandomFile(unsigned seed) : random_(seed) {
     CPGCInfo& chain = info_.GetOriginalPGC();
-    int cells = Below(30);
-    for (int i = 0; i < cells; ++i)
-      SetId(chain.AddCellNode(Below(2) == 0 ? CELL_MOVIE : CELL_STILL), next_id_++);
+    const int cells = Below(30);
+    for (int id = 1; id <= cells; ++id) {
+      if (Below(2) == 0) {
+        AddCell<CMovieCell>(CELL_MOVIE, id);
+      } else {
+        AddCell<CStillCell>(CELL_STILL, id);
+      }
+    }
     const auto fill = [&](tag_CELL_POINT& point) {
       const int odd[] = {0, kNoCell, cells + 1, cells + 2 + Below(9), 0xFFFE};
       point.cell = static_cast<std::uint16_t>(cells == 0 || Below(4) == 0 ? odd[Below(5)]
@@ -137,14 +134,12 @@ class RandomFile {
   void Step() {
     std::vector<std::string> notes;
     ChainEditor editor(info_, notes);
-    const int operation = Below(7);
+    const int operation = 1 + Below(6);
     const int programs = editor.ProgramCount();
     const int cells = editor.CellCount();
     const int program = programs == 0 ? 0 : Below(programs);
     const int cell = cells == 0 ? 0 : Below(cells);
-    if (operation == 0) {
-      InsertCell(Below(cells + 1));
-    } else if (operation == 1 && cells > 0) {
+    if (operation == 1 && cells > 0) {
       Drop(IdAt(cell));
       editor.DeleteCell(cell);
     } else if (operation == 2 && cells > 0) {
@@ -178,6 +173,12 @@ class RandomFile {
   int Below(int n) { return static_cast<int>(random_() % static_cast<unsigned>(n)); }
   int IdAt(int cell) { return IdOf(info_.GetOriginalPGC().GetCellNode(cell)); }
 
+  template <class Cell>
+  void AddCell(tag_CELL_TYPE type, int id) {
+    auto* cell = static_cast<Cell*>(info_.GetOriginalPGC().AddCellNode(type)->CI);
+    cell->GetHeader().number_2 = static_cast<std::uint16_t>(id);
+  }
+
   void Drop(int id) {
     model_.Forget(id);
     model_.LosePoints(id);
@@ -188,29 +189,6 @@ class RandomFile {
     const Value value = values[Index(from)];
     values.erase(values.begin() + from);
     values.insert(values.begin() + to, value);
-  }
-
-  void InsertCell(int at) {
-    CPGCInfo& chain = info_.GetOriginalPGC();
-    std::vector<int> order(Index(chain.GetCellCount()));
-    std::iota(order.begin(), order.end(), 0);
-    order.insert(order.begin() + at, kNewCell);
-    Renumber(info_, order);
-    const tag_CELL_TYPE type = Below(2) == 0 ? CELL_MOVIE : CELL_STILL;
-    const bool at_end = at == chain.GetCellCount();
-    SetId(at_end ? chain.AddCellNode(type) : chain.InsertCellNode(at, type), next_id_);
-    std::vector<int>* run = &model_.others;
-    int first = 0;
-    for (std::size_t i = 0; i < model_.programs.size(); ++i) {
-      const int end = first + static_cast<int>(model_.programs[i].size());
-      if (at < end) {
-        run = &model_.programs[i];
-        ++chain.GetPGNode(static_cast<int>(i))->C_Ns;
-        break;
-      }
-      first = end;
-    }
-    run->insert(run->begin() + (at - first), next_id_++);
   }
 
   void MoveCell(ChainEditor& editor, int cell, int to) {
@@ -240,7 +218,6 @@ class RandomFile {
   }
 
   std::mt19937 random_;
-  int next_id_ = 1;
   CVMGInfo info_;
   Model model_;
 };
@@ -261,11 +238,12 @@ TEST(Renumber, TellsWhatLostItsCell) {
   info.GetMAT().GetPlayListTable().AddNode()->cell_point.cell = 3;
   info.GetMAT().GetPlayListTable().AddNode()->cell_point.cell = 4;
   info.GetUserPGCTable().AddNode()->UD_PGCI.AddPGNode()->cell_point.cell = 2;
-  const std::vector<veska_tool::LostReference> expected = {
-      {"header, cell point at 85", 2}, {"play list 2", 4}, {"user chain 1, program 1", 2}};
-  EXPECT_EQ(Renumber(info, {2, kNewCell, kNewCell, 0}), expected);
+  const std::vector<veska_tool::LostReference> expected = {{"header, cell point at 85", 2},
+                                                           {"user chain 1, program 1", 2}};
+  EXPECT_EQ(Renumber(info, {2, 0}), expected);
   EXPECT_EQ(info.GetMAT().GetPlayListTable()[0]->cell_point.cell, 1);
-  EXPECT_EQ(info.GetOriginalPGC().GetPGNode(0)->cell_point.cell, 4);
+  EXPECT_EQ(info.GetOriginalPGC().GetPGNode(0)->cell_point.cell, 2);
+  EXPECT_EQ(info.GetMAT().GetPlayListTable()[1]->cell_point.cell, 4);
 }
 
 TEST(Renumber, TheLastCellThatAChainCanHoldHasNoNumber) {
@@ -278,8 +256,7 @@ TEST(Renumber, TheLastCellThatAChainCanHoldHasNoNumber) {
   EXPECT_EQ(notes,
             std::vector<std::string>{"header, cell point at 70 named cell 1: it names none now"});
   info.AutoComplete();
-  std::vector<unsigned char> image(info.GetDataSize());
-  info.GetData(image.data());
+  const std::vector<unsigned char> image = round_trip::ImageOf(info);
   EXPECT_EQ(std::vector(image.begin() + 70, image.begin() + 78),
             (std::vector<unsigned char>{0xFF, 0xFF, 1, 2, 3, 4, 0, 5}));
 }

@@ -51,7 +51,6 @@ void PositionToFileBytes(tag_CELL_POINT& point) {
 std::vector<std::uint16_t> NewNumbers(int count, const std::vector<int>& new_order) {
   std::vector<std::uint16_t> numbers(static_cast<std::size_t>(count), kNoCell);
   for (std::size_t i = 0; i < new_order.size(); ++i) {
-    if (new_order[i] == kNewCell) continue;
     numbers[static_cast<std::size_t>(new_order[i])] = static_cast<std::uint16_t>(i + 1);
   }
   return numbers;
@@ -65,15 +64,13 @@ std::vector<LostReference> Renumber(VESKA::CVMGInfo& info, const std::vector<int
   std::vector<LostReference> lost;
   VisitCellPoints(info, [&](tag_CELL_POINT& point, const std::string& holder, bool converts) {
     const std::uint16_t number = point.cell;
-    if (number == 0 || number == kNoCell) return;
-    const bool names_cell = number <= numbers.size();
-    if (!names_cell && number > new_order.size()) return;
+    if (number == 0 || number == kNoCell || number > numbers.size()) return;
 
-    point.cell = names_cell ? numbers[number - 1U] : kNoCell;
+    point.cell = numbers[number - 1U];
     if (point.cell != kNoCell) return;
     lost.push_back({holder, number});
     const bool is_number =
-        names_cell && converts && chain.GetCellNode(number - 1)->CI->GetType() == VESKA::CELL_MOVIE;
+        converts && chain.GetCellNode(number - 1)->CI->GetType() == VESKA::CELL_MOVIE;
     if (is_number) PositionToFileBytes(point);
   });
   return lost;

@@ -12,9 +12,6 @@ namespace veska_tool {
 /// The number of a cell point that names no cell. So the 65,535th cell of a chain has no number.
 inline constexpr std::uint16_t kNoCell = 0xFFFF;
 
-/// A place in a new order for a cell that is yet to come.
-inline constexpr int kNewCell = -1;
-
 /// A cell point that names no cell any more.
 struct LostReference {
   std::string holder;    ///< what holds the cell point: "play list 2"
@@ -25,9 +22,8 @@ struct LostReference {
 
 /// Renumbers every cell point of the file for what is about to happen to the cell list of the
 /// original program chain: `new_order[i]` is the present position (0-based) of the cell that will
-/// stand at position i, or `kNewCell`; the others go. Call it while the list is still the old one.
-/// Then every cell point names the cell that it named before, or none, and those that lose theirs
-/// are returned. The same goes for a number that named no cell and would come to name one.
+/// stand at position i; the others go. Call it while the list is still the old one. Then every cell
+/// point names the cell that it named before, or none, and those that lose theirs are returned.
 ///
 /// All cell points count: those of the header, of the play lists, of the programs of the original
 /// chain and of those of the user-defined chains. The latter hold numbers of cells of the original
