@@ -3,6 +3,8 @@
 #include <fstream>
 #include <functional>
 #include <random>
+#include <type_traits>
+#include <typeinfo>
 
 #include "image_builder.h"
 
@@ -52,6 +54,31 @@ TEST(Samples, ThoseInCanonicalFormComeBackByteForByte) {
   }
 }
 
+TEST(Samples, AreEqualWhenTheyStandTheSameInAFile) {
+  const Bytes image = Sample("mixed_full");
+  CVMGInfo info;
+  ASSERT_TRUE(Load(info, image));
+  for (std::size_t i = 0; i < image.size(); ++i) {
+    CVMGInfo other;
+    if (!Load(other, image.With(i, {static_cast<unsigned char>(image[i] ^ 1U)}))) continue;
+    EXPECT_EQ(other == info, Written(other) == image) << i;
+  }
+  const auto expect_unlike_empty = [](const auto& table) {
+    const std::remove_cvref_t<decltype(table)> empty{}, other{};
+    EXPECT_TRUE(empty == other && !(empty == table) && !(table == empty)) << typeid(table).name();
+  };
+  CMovieAVFile& movie = info.GetMovieAVFileTable().GetMovieAVFile();
+  CStillAVFileTable& stills = info.GetStillAVFileTable();
+  expect_unlike_empty(movie);
+  expect_unlike_empty(movie[0]->M_VOBI);
+  expect_unlike_empty(movie[0]->M_VOBI.GetTimeMapTable());
+  expect_unlike_empty(stills.GetStillAVFile()[0]->S_VOGI);
+  expect_unlike_empty(stills.GetAdditionalAFile()[0]->S_AAGI);
+  expect_unlike_empty(info.GetUserPGCTable());
+  expect_unlike_empty(info.GetTextDataMgr());
+  expect_unlike_empty(info.GetMNFInfoTable());
+}
+
 TEST(Samples, AnotherLayoutIsLoadedAndSavedInCanonicalForm) {
   const Bytes image = Sample("odd_layout");
   CVMGInfo info;
@@ -97,7 +124,8 @@ TEST(FileNames, AreUtf16OrWhatThePlatformTakes) {
   for (const auto& name : kNames) EXPECT_TRUE(fs::exists(folder / name.second));
   EXPECT_TRUE(info.SaveToFile(folder / "\xFF\xFE.ifo")) << "no UTF-8";
   EXPECT_TRUE(info.LoadFromFile(folder / "\xFF\xFE.ifo", 0x3B));
-  for (const std::u16string unpaired : {u"\xD83D", u"\xDCC0", u"\xDCC0\xD83D", u"\xD83Dx"}) {
+  for (const std::u16string unpaired :
+       {u"\xD83D", u"\xD83D\xFFFD", u"\xDCC0", u"\xDCC0\xD83D", u"\xD83Dx"}) {
     refused.push_back((folder / "x").u16string() + unpaired);
   }
 #endif
