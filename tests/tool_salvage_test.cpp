@@ -21,31 +21,24 @@ std::string_view ViewOf(const Bytes& bytes) {
 /// not what is derived, nor what refers to cells by their number.
 std::vector<Bytes> TakenOver(const Structure& structure, const Bytes& image) {
   const Bytes bytes = image.Part(structure.offset, structure.size);
-  std::vector<Bytes> texts;
-  switch (structure.part) {
-    case Part::kPlayLists:
-    case Part::kPrograms: {
-      const bool is_list = structure.part == Part::kPlayLists;
-      for (std::size_t i = is_list ? 8 : 4; i < bytes.size(); i += is_list ? 146 : 142) {
-        texts.push_back(bytes.Part(i, 128));
-      }
-      return texts;
+  const Part part = structure.part;
+  if (part == Part::kFileHeader) return {bytes.Part(93, 128)};
+  if (part == Part::kMovieCellInfo) return {bytes.Part(6, 12)};
+  const bool is_list = part == Part::kPlayLists;
+  if (is_list || part == Part::kPrograms) {
+    std::vector<Bytes> texts;
+    for (std::size_t i = is_list ? 8 : 4; i < bytes.size(); i += is_list ? 146 : 142) {
+      texts.push_back(bytes.Part(i, 128));
     }
-    case Part::kMovieCellInfo:
-      return {bytes.Part(6, 12)};
-    case Part::kFileHeader:
-      return {bytes.Part(93, 128)};
-    default: {
-      const bool is_run = InfoOf(structure.part).one[0] != '\0' || structure.part == Part::kTextSet;
-      return is_run && ImageMap::IsLeaf(structure.part) ? std::vector<Bytes>{bytes} : texts;
-    }
+    return texts;
   }
+  const bool is_run = InfoOf(part).one[0] != '\0' || part == Part::kTextSet;
+  return std::vector<Bytes>(is_run && ImageMap::IsLeaf(part) ? 1 : 0, bytes);
 }
 
 /// What must hold for a file of any bytes.
 void ExpectSense(const Bytes& damaged, const Bytes& original) {
   const SalvageResult result = SalvageImage(damaged);
-  ASSERT_FALSE(result.report.empty());
   ASSERT_TRUE(result.info != nullptr || !result.is_whole);
   if (result.info == nullptr) return;
   const Bytes saved = Written(*result.info);
@@ -84,9 +77,8 @@ TEST(Salvage, KeepsAllThatIsSure) {
     const char* sample;
     std::size_t at;
     Bytes patch;
-    std::size_t size;  // of the file; 0 for all of it
-    bool is_whole;
-    bool is_complete;  // the result is the undamaged sample
+    std::size_t size;            // of the file; 0 for all of it
+    bool is_whole, is_complete;  // nothing was changed; the result is the undamaged sample
     const char* line;
   } cases[] = {
       {"mixed_full", 0, {}, 0, true, true, "movie table: 2 of 2 streams, 6 of 6 VOBs\n"},
