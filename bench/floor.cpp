@@ -2,8 +2,8 @@
 
 #include <veska/CVMGInfo.h>
 
-#include <array>
 #include <new>
+#include <utility>
 
 #include "frame/image.h"
 #include "frame/items.h"
@@ -12,31 +12,39 @@ using namespace VESKA;
 
 namespace {
 
-/// The block. It is made large enough for any of the images: what is not used costs nothing.
+/// The block. The first time it is large enough for any of the images, from then on as large as it
+/// has to be.
 class Block {
  public:
+  void Free() { bytes_.reset(); }
   void Renew() {
-    bytes_.reset(static_cast<unsigned char*>(::operator new(kSize)));
+    bytes_.reset(static_cast<unsigned char*>(::operator new(size_)));
     next_ = bytes_.get();
   }
+  void Close() { size_ = static_cast<std::size_t>(next_ - bytes_.get()); }
   const unsigned char* begin() const { return bytes_.get(); }
 
-  /// Makes `count` objects of zero bytes.
+  /// Makes an object of zero bytes.
   template <class Object>
-  Object* Make(std::size_t count = 1) {
-    auto* objects = ::new (next_) Object[count]();
-    next_ += count * sizeof(Object);
-    return objects;
+  Object* Make() {
+    return ::new (Take(sizeof(Object))) Object();
+  }
+
+  /// Makes `count` objects whose bytes the caller sets next.
+  template <class Object>
+  Object* MakeUnset(std::size_t count) {
+    return ::new (Take(count * sizeof(Object))) Object[count];
   }
 
  private:
-  static constexpr std::size_t kSize = 64 << 20;
+  unsigned char* Take(std::size_t size) { return std::exchange(next_, next_ + size); }
 
-  struct Free {
+  struct FreeBytes {
     void operator()(unsigned char* bytes) const { ::operator delete(bytes); }
   };
-  std::unique_ptr<unsigned char, Free> bytes_;
+  std::unique_ptr<unsigned char, FreeBytes> bytes_;
   unsigned char* next_ = nullptr;
+  std::size_t size_ = 64 << 20;
 };
 
 unsigned char* BytesOf(void* record) { return static_cast<unsigned char*>(record); }
@@ -48,7 +56,7 @@ template <class Record>
 std::uint64_t ReadRecords(const ImageReader& image, std::uint64_t offset, unsigned count,
                           Block& block) {
   const std::uint64_t size = count * sizeof(Record);
-  CopyRecords<Record>(BytesOf(block.Make<Record>(count)), image.Bytes(offset, size), count);
+  CopyRecords<Record>(BytesOf(block.MakeUnset<Record>(count)), image.Bytes(offset, size), count);
   return offset + size;
 }
 
@@ -79,6 +87,8 @@ struct Addresses {
 template <class Object, std::size_t TableField>
 class FloorOf : public Floor {
  public:
+  void Clear() override { block_.Free(); }
+
   void Load(const unsigned char* image, std::size_t size) override {
     std::uint64_t budget = std::uint64_t{size} * CVMGInfo::kBytesPerImageByte;
     const ImageReader file(image, size, &budget);
@@ -91,6 +101,7 @@ class FloorOf : public Floor {
       object->address = table.Long(addresses_.first + kAddressSize * i);
       object->Read(table.At(object->address), block_);
     }
+    block_.Close();
   }
 
   void Write(unsigned char* image, std::size_t size) const override {
@@ -165,9 +176,11 @@ struct Cell {
   void Read(const ImageReader& image, Block& block) {
     is_still = image.Byte(1) >= 0x20;
     if (is_still) {
-      ReadEntries<tag_S_C_EPI>(image, image.Copy(0, still), still.C_EPI_Ns, block);
+      const std::uint64_t end = image.Copy(0, still);
+      ReadEntries<tag_S_C_EPI>(image, end, still.C_EPI_Ns, block);
     } else {
-      ReadEntries<tag_M_C_EPI>(image, image.Copy(0, movie), movie.C_EPI_Ns, block);
+      const std::uint64_t end = image.Copy(0, movie);
+      ReadEntries<tag_M_C_EPI>(image, end, movie.C_EPI_Ns, block);
     }
   }
 
@@ -175,10 +188,11 @@ struct Cell {
   static void ReadEntries(const ImageReader& image, std::uint64_t end, unsigned count,
                           Block& block) {
     for (; count != 0; --count) {
-      auto* entry = block.Make<Entry>();
+      auto* entry = block.MakeUnset<Entry>(1);
+      entry->block = nullptr;
       end = image.Copy(end, *entry);
       if (!IsLongEntry(entry->EP_TY)) continue;
-      entry->block = block.Make<unsigned char>(kEntryBlockSize);
+      entry->block = block.MakeUnset<unsigned char>(kEntryBlockSize);
       std::memcpy(entry->block, image.Bytes(end, kEntryBlockSize), kEntryBlockSize);
       end += kEntryBlockSize;
     }
@@ -220,8 +234,8 @@ struct StillGroup {
 
   void Read(const ImageReader& image, Block& block) {
     std::uint64_t end = image.Copy(0, general);
-    auto* entry = block.Make<tag_S_VOB_ENT>(general.S_VOB_Ns);
-    for (unsigned i = 0; i < general.S_VOB_Ns; ++i, ++entry) {
+    for (unsigned i = 0; i < general.S_VOB_Ns; ++i) {
+      auto* entry = block.Make<tag_S_VOB_ENT>();
       entry->S_VOB_ENT_TY = image.Byte(end);
       CopyStillEntry(BytesOf(entry), image.Bytes(end, entry->Size()));
       end += entry->Size();

@@ -9,6 +9,7 @@
 class Floor {
  public:
   virtual ~Floor() = default;
+  virtual void Clear() = 0;
   /// Reads the structures of a file's image into a new block.
   virtual void Load(const unsigned char* image, std::size_t size) = 0;
   /// Writes them, as they were loaded, where they stand in the image at `out`.

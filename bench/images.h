@@ -1,11 +1,9 @@
 /// The images that the benchmarks work on, built through the library's own operations.
 #pragma once
 
-#include <string>
 #include <vector>
 
 struct Image {
-  std::string name;
   std::vector<unsigned char> bytes;
   int records;  ///< of the kind that the image is made of
 };

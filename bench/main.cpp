@@ -1,5 +1,5 @@
-/// The benchmark program. Options are Google Benchmark's, and `--summary`, which prints the table
-/// of ratios instead of the single runs.
+/// The benchmark program. Prints the tables of ratios and the goals; with `--runs` as the first
+/// option, the single runs instead. The other options are Google Benchmark's.
 #include <benchmark/benchmark.h>
 
 #include <cstring>
@@ -9,8 +9,8 @@
 #include "summary.h"
 
 int main(int argc, char** argv) {
-  const bool summary = argc > 1 && std::strcmp(argv[1], "--summary") == 0;
-  if (summary) {
+  const bool runs = argc > 1 && std::strcmp(argv[1], "--runs") == 0;
+  if (runs) {
     argv[1] = argv[0];
     ++argv;
     --argc;
@@ -19,11 +19,11 @@ int main(int argc, char** argv) {
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
   RegisterFileBenchmarks();
   RegisterEditBenchmarks();
-  if (summary) {
+  if (runs) {
+    benchmark::RunSpecifiedBenchmarks();
+  } else {
     Summary reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
-  } else {
-    benchmark::RunSpecifiedBenchmarks();
   }
   return 0;
 }

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <ctime>
-#include <vector>
+#include <limits>
 
 namespace {
 
@@ -23,20 +23,15 @@ double Seconds(const Timed& timed, int runs) {
   return Now() - start;
 }
 
-double Median(std::vector<double>& values) {
-  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-  std::nth_element(values.begin(), middle, values.end());
-  return *middle;
-}
-
 /// What reading the clock takes, which on some machines is more than a short operation.
 double ClockTime() {
-  std::vector<double> times(100);
-  for (double& time : times) time = Seconds({[] {}}, 1);
-  return Median(times);
+  double best = 1;
+  for (int i = 0; i < 100; ++i) best = std::min(best, Seconds({[] {}}, 1));
+  return best;
 }
 
-/// A series of times of one thing.
+/// A series of times of one thing, of which the best counts: what else the machine does can only
+/// make it slower.
 class Series {
  public:
   explicit Series(const Timed& timed) : timed_(timed) {
@@ -46,14 +41,15 @@ class Series {
   double Add() {
     static const double clock_time = ClockTime();
     const double seconds = std::max(0.0, Seconds(timed_, runs_) - clock_time);
-    return seconds_.emplace_back(seconds / runs_ / timed_.times);
+    best_ = std::min(best_, seconds / runs_ / timed_.times);
+    return seconds;
   }
-  double Middle() { return Median(seconds_); }
+  double Best() const { return best_; }
 
  private:
   const Timed& timed_;
   int runs_ = 1;
-  std::vector<double> seconds_;
+  double best_ = std::numeric_limits<double>::max();
 };
 
 }  // namespace
@@ -66,6 +62,6 @@ void Compare(benchmark::State& state, double parts, const Timed& operation,
     reference_times.Add();
     state.SetIterationTime(times.Add());
   }
-  state.counters["ns"] = times.Middle() * 1e9 / parts;
-  state.counters["ratio"] = times.Middle() / reference_times.Middle();
+  state.counters["ns"] = times.Best() * 1e9 / parts;
+  state.counters["ratio"] = times.Best() / reference_times.Best();
 }

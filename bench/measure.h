@@ -13,8 +13,8 @@ struct Timed {
   int times = 1;
 };
 
-/// Times both in turn, once in each iteration. Sets the counters `ns`, the median of the operation
-/// for one of `parts` equal parts of it, and `ratio`, the median of the operation as a ratio to
-/// that of the reference. What counts is the time that the processor spent: other programs on the
-/// machine do not.
+/// Times both in turn, once in each iteration. Sets the counters `ns`, the best time of the
+/// operation for one of `parts` equal parts of it, and `ratio`, that best time as a ratio to the
+/// reference's. What counts is the time that the processor spent: other programs on the machine do
+/// not.
 void Compare(benchmark::State& state, double parts, const Timed& operation, const Timed& reference);

@@ -59,10 +59,12 @@ class BlockList : private RecordList<Record, Limit> {
   using Block = BlockOf<Record>;
 
  public:
+  using Base::Add;
   using Base::begin;
   using Base::Count;
   using Base::end;
   using Base::Get;
+  using Base::Insert;
   using Base::IsEmpty;
 
   BlockList() = default;
@@ -70,13 +72,15 @@ class BlockList : private RecordList<Record, Limit> {
     std::uint64_t bytes = 0;
     for (const Record& record : other) bytes += Block::Size(record);
     unsigned char* room = Reserve(other.Count(), bytes);
-    for (const Record& record : other)
-      Append(record, Block::Get(record), Block::Size(record), room);
+    for (const Record& record : other) {
+      SetFirstBlock(*Base::Add(record), Block::Get(record), Block::Size(record), room);
+    }
   }
   BlockList& operator=(const BlockList& other) {
     if (this != &other) {
       BlockList copy(other);
-      Base::Exchange(copy);
+      Clear();
+      Base::Take(copy);
     }
     return *this;
   }
@@ -87,9 +91,6 @@ class BlockList : private RecordList<Record, Limit> {
     Base::Clear();
   }
 
-  Record* Add() { return Base::Add(Record{}); }
-  Record* Insert(int i) { return Base::Insert(i, Record{}); }
-
   bool Delete(int i) {
     const Record* record = Get(i);
     if (record == nullptr) return false;
@@ -99,22 +100,19 @@ class BlockList : private RecordList<Record, Limit> {
     return true;
   }
 
-  /// Empties the list and makes room for `count` records with blocks of `bytes` in all, which
-  /// `Append` then fills. Returns the room for the blocks. Throws `std::bad_alloc`.
+  /// On an empty list: makes room for `count` records with blocks of `bytes` in all, which are then
+  /// added and given their blocks. Returns the room for the blocks. Throws `std::bad_alloc`.
   unsigned char* Reserve(int count, std::uint64_t bytes) {
-    Clear();
     if (bytes > std::numeric_limits<std::uint32_t>::max()) throw std::bad_alloc();
     Base::Reserve(count, static_cast<std::uint32_t>(bytes));
     return Base::Spare();
   }
 
-  /// Appends a copy of `record` with a copy of the `size` bytes at `block`, which takes up that
-  /// much of `room`.
-  void Append(const Record& record, const unsigned char* block, std::size_t size,
-              unsigned char*& room) {
-    Record* copy = Base::Add(record);
-    if (size != 0) std::memcpy(room, block, size);
-    Block::Set(*copy, size != 0 ? room : nullptr, size);
+  /// Gives a new record a copy of the `size` bytes at `bytes`, which takes up that much of `room`.
+  static void SetFirstBlock(Record& record, const unsigned char* bytes, std::size_t size,
+                            unsigned char*& room) {
+    if (size != 0) std::memcpy(room, bytes, size);
+    Block::Set(record, size != 0 ? room : nullptr, size);
     room += size;
   }
 

@@ -6,6 +6,9 @@
 
 namespace VESKA {
 
+class ImageReader;
+class ImageWriter;
+
 /// What a program chain knows of its cells. `GetType` names the class, `CMovieCell` or
 /// `CStillCell`, to which a pointer to a cell can be converted.
 class VESKA_API CBaseCell {
@@ -23,6 +26,10 @@ class VESKA_API CBaseCell {
   virtual void AutoComplete() = 0;
   virtual unsigned long GetDataSize() const = 0;
   virtual void GetData(unsigned char* out) = 0;
+
+  /// For the tables of the library. `Write` returns `GetDataSize()`.
+  virtual void Read(const ImageReader& image) = 0;
+  virtual std::uint64_t Write(const ImageWriter& out) const = 0;
 };
 
 }  // namespace VESKA

@@ -7,8 +7,6 @@
 #include <veska/export.h>
 #include <veska/records.h>
 
-#include <variant>
-
 namespace VESKA {
 
 class ImageReader;
@@ -108,8 +106,10 @@ class VESKA_API CPGCInfo {
     bool operator==(const CellItem& other) const;
 
    private:
-    std::variant<CMovieCell, CStillCell> own_;
-    CBaseCell* Own();
+    CBaseCell* Own() { return reinterpret_cast<CBaseCell*>(own_); }
+
+    static_assert(sizeof(CStillCell) <= sizeof(CMovieCell));
+    alignas(CMovieCell) unsigned char own_[sizeof(CMovieCell)];  // a cell of either kind
   };
 
   tag_PGC_GI header_{};

@@ -8,9 +8,6 @@
 
 namespace VESKA {
 
-class ImageReader;
-class ImageWriter;
-
 /// A cell: a header, then the entry points one behind the other, each with its 128-byte block when
 /// its `EP_TY` calls it long. Size and bytes of an entry both follow `EP_TY`: a long one without
 /// block is written with 128 zero bytes; the block of a short one is not written, and
@@ -66,9 +63,8 @@ class CellOf : public CBaseCell {
     return header_ == other.header_ && entries_ == other.entries_;
   }
 
-  /// For the tables of the library. `Write` returns `GetDataSize()`.
-  void Read(const ImageReader& image);
-  std::uint64_t Write(const ImageWriter& out) const;
+  void Read(const ImageReader& image) override;
+  std::uint64_t Write(const ImageWriter& out) const override;
 
  private:
   Entry* WithBlock(Entry* entry, int i, tag_CELL_ENTRY_TYPE type);

@@ -9,6 +9,7 @@
 #include <limits>
 #include <memory>
 #include <new>
+#include <numeric>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -21,8 +22,9 @@ namespace VESKA {
 /// slot, and so its address, until it is deleted or the list is cleared or assigned to. Inserting,
 /// deleting, swapping and moving change positions only. A deleted record's slot is used again.
 ///
-/// As loaded, all records lie in order in one block (the base) and cost their own size. The first
-/// edit that disturbs that order adds a vector of pointers, which holds the order from then on.
+/// As loaded, all records lie in order in one block (the base) and cost their own size; a plain
+/// record or two that take no more room than a pointer or so lie within the list itself. The first
+/// edit that disturbs that order adds an array of pointers, which holds the order from then on.
 ///
 /// Positions are 0-based. An operation that is given a position out of range, that would pass
 /// `Limit` or that finds no memory returns null or false and changes nothing. Only copying and
@@ -40,7 +42,7 @@ class RecordList {
   RecordList& operator=(const RecordList& other) {
     if (this != &other) {
       RecordList copy(other);
-      Exchange(copy);
+      Take(copy);
     }
     return *this;
   }
@@ -83,7 +85,7 @@ class RecordList {
     if (!InRange(a) || !InRange(b)) return false;
     if (a == b) return true;
     if (!StartEdits()) return false;
-    std::swap(edits_->order[Index(a)], edits_->order[Index(b)]);
+    std::swap(edits_->order.begin()[a], edits_->order.begin()[b]);
     return true;
   }
 
@@ -98,7 +100,7 @@ class RecordList {
     }
     if (shift == 0 || first > last) return true;
     if (!StartEdits()) return false;
-    const auto begin = edits_->order.begin();
+    Record** const begin = edits_->order.begin();
     if (shift > 0) {
       std::rotate(begin + first, begin + last + 1, begin + last + 1 + shift);
     } else {
@@ -108,16 +110,12 @@ class RecordList {
   }
 
   void Clear() {
-    if (base_ == nullptr && edits_ == nullptr) return;
     if constexpr (!std::is_trivially_destructible_v<Record>) {
       for (Record& record : *this) std::destroy_at(&record);
     }
-    delete edits_;
-    ::operator delete(base_);
-    base_ = nullptr;
-    edits_ = nullptr;
-    count_ = capacity_ = 0;
-    spare_ = 0;
+    if (edits_ != nullptr) delete std::exchange(edits_, nullptr);
+    count_ = 0;
+    FreeBlock();
   }
 
   /// On an empty list: makes room for `count` records in one block, and for `spare` bytes behind
@@ -125,18 +123,17 @@ class RecordList {
   void Reserve(int count, std::uint32_t spare = 0) {
     if (count_ != 0 || edits_ != nullptr || count > Limit) return;
     if (count <= capacity_ && spare <= spare_) return;
-    ::operator delete(std::exchange(base_, nullptr));
-    capacity_ = 0;
-    spare_ = 0;
+    FreeBlock();
+    count = std::max(count, kInline + 1);
     const std::size_t size = Index(count) * sizeof(Record);
     if (spare > std::numeric_limits<std::size_t>::max() - size) throw std::bad_alloc();
-    base_ = static_cast<Record*>(::operator new(size + spare));
+    room_.block = static_cast<Record*>(::operator new(size + spare));
     capacity_ = static_cast<std::uint16_t>(count);
     spare_ = spare;
   }
 
   /// The spare bytes of `Reserve`. They live until the list is cleared.
-  unsigned char* Spare() { return reinterpret_cast<unsigned char*>(base_ + capacity_); }
+  unsigned char* Spare() { return reinterpret_cast<unsigned char*>(Base() + capacity_); }
   std::uint32_t SpareSize() const { return spare_; }
 
   /// Makes the list `count` records whose bytes the caller sets next. For records that are plain
@@ -145,33 +142,82 @@ class RecordList {
     static_assert(std::is_trivially_copyable_v<Record>);
     Clear();
     Reserve(count);
-    count_ = capacity_;
-    return base_;
+    count_ = static_cast<std::uint16_t>(count);
+    return Base();
   }
 
   /// The records as one array while they lie in order in one block, else null.
-  const Record* Contiguous() const { return edits_ == nullptr ? base_ : nullptr; }
+  const Record* Contiguous() const { return edits_ == nullptr ? Base() : nullptr; }
 
   /// Equal when the records are, in order.
   bool operator==(const RecordList& other) const {
     return count_ == other.count_ && std::equal(begin(), end(), other.begin());
   }
 
-  auto begin() { return Iterator<Record>(base_, Order(), 0); }
-  auto end() { return Iterator<Record>(base_, Order(), count_); }
-  auto begin() const { return Iterator<const Record>(base_, Order(), 0); }
-  auto end() const { return Iterator<const Record>(base_, Order(), count_); }
+  auto begin() { return Iterator<Record>(Base(), Positions(), 0); }
+  auto end() { return Iterator<Record>(Base(), Positions(), count_); }
+  auto begin() const { return Iterator<const Record>(Base(), Positions(), 0); }
+  auto end() const { return Iterator<const Record>(Base(), Positions(), count_); }
 
  protected:
-  void Exchange(RecordList& other) noexcept {
-    std::swap(base_, other.base_);
-    std::swap(edits_, other.edits_);
-    std::swap(count_, other.count_);
-    std::swap(capacity_, other.capacity_);
-    std::swap(spare_, other.spare_);
+  /// Takes over the records of a fresh copy, which nobody points to yet.
+  void Take(RecordList& copy) noexcept {
+    Clear();
+    std::swap(room_, copy.room_);
+    std::swap(count_, copy.count_);
+    std::swap(capacity_, copy.capacity_);
+    std::swap(spare_, copy.spare_);
   }
 
  private:
+  /// Pointers to the records, in order. There is room for more at both ends, so that an edit moves
+  /// those before it or those behind it, whichever are fewer.
+  class Order {
+   public:
+    void Start(Record* first, int count) {
+      slots_.resize(Index(count));
+      std::iota(begin(), end(), first);
+    }
+    Record** begin() { return slots_.data() + room_; }
+    Record** end() { return slots_.data() + slots_.size(); }
+    int Count() const { return static_cast<int>(slots_.size() - room_); }
+
+    void Insert(int i, Record* record) {
+      if (i >= Count() / 2) {
+        // Deleting at the front and adding at the end would otherwise grow without end.
+        if (slots_.size() == slots_.capacity() && room_ > slots_.size() / 4) {
+          slots_.erase(slots_.begin(), Slot(0));
+          room_ = 0;
+        }
+        slots_.insert(Slot(i), record);
+        return;
+      }
+      if (room_ == 0) {
+        const std::size_t room = slots_.size() / 4 + 4;
+        slots_.insert(slots_.begin(), room, nullptr);
+        room_ = room;
+      }
+      std::move(begin(), begin() + i, begin() - 1);
+      --room_;
+      begin()[i] = record;
+    }
+
+    void Erase(int first, int last) {
+      if (first >= Count() - 1 - last) {
+        slots_.erase(Slot(first), Slot(last + 1));
+        return;
+      }
+      std::move_backward(begin(), begin() + first, begin() + last + 1);
+      room_ += Index(last + 1 - first);
+    }
+
+   private:
+    auto Slot(int i) { return slots_.begin() + static_cast<std::ptrdiff_t>(room_) + i; }
+
+    std::vector<Record*> slots_;
+    std::size_t room_ = 0;  // slots before the first record
+  };
+
   /// What a list needs once its records no longer lie in order in the base.
   struct Edits {
     struct Free {
@@ -179,21 +225,19 @@ class RecordList {
     };
 
     void Remove(int first, int last) {
-      const auto from = order.begin() + first;
-      const auto to = order.begin() + last + 1;
       try {
-        free.insert(free.end(), from, to);
+        free.insert(free.end(), order.begin() + first, order.begin() + last + 1);
       } catch (const std::bad_alloc&) {
         // The slots stay unused until the list is cleared.
       }
-      order.erase(from, to);
+      order.Erase(first, last);
     }
 
     /// A free slot. Throws `std::bad_alloc`.
     Record* TakeSlot() {
       if (!free.empty()) return Pop(free);
       if (next == end) {
-        const std::size_t slots = std::clamp<std::size_t>(order.size(), 4, 4096);
+        const std::size_t slots = std::clamp<std::size_t>(Index(order.Count()), 4, 4096);
         blocks.reserve(blocks.size() + 1);
         blocks.emplace_back(::operator new(slots * sizeof(Record)));
         next = static_cast<Record*>(blocks.back().get());
@@ -208,26 +252,45 @@ class RecordList {
       return slot;
     }
 
-    std::vector<Record*> order;
+    Order order;
     std::vector<Record*> free;
     std::vector<std::unique_ptr<void, Free>> blocks;
     Record* next = nullptr;
     Record* end = nullptr;
   };
 
+  /// A file may hold tens of thousands of lists with a single small record, and an allocation for
+  /// each would cost more than all else in them.
+  static constexpr bool kIsSmall = std::is_trivially_copyable_v<Record> && sizeof(Record) <= 16;
+  static constexpr std::size_t kRoom = std::max(sizeof(Record*), kIsSmall ? sizeof(Record) : 0);
+  static constexpr int kInline = kIsSmall ? static_cast<int>(kRoom / sizeof(Record)) : 0;
+
+  union Room {
+    Record* block;  // when there is one
+    unsigned char here[kRoom];
+  };
+
+  bool HasBlock() const { return capacity_ > kInline; }
+  Record* Base() { return HasBlock() ? room_.block : reinterpret_cast<Record*>(room_.here); }
+  Record* Base() const { return const_cast<RecordList*>(this)->Base(); }
+  void FreeBlock() {
+    if (HasBlock()) ::operator delete(room_.block);
+    capacity_ = kInline;
+    spare_ = 0;
+  }
+
   static std::size_t Index(int i) { return static_cast<std::size_t>(i); }
   bool InRange(int i) const { return i >= 0 && i < count_; }
-  Record* const* Order() const { return edits_ == nullptr ? nullptr : edits_->order.data(); }
-  Record* At(int i) const { return edits_ == nullptr ? base_ + i : edits_->order[Index(i)]; }
+  Record* const* Positions() const { return edits_ == nullptr ? nullptr : edits_->order.begin(); }
+  Record* At(int i) const { return edits_ == nullptr ? Base() + i : edits_->order.begin()[i]; }
 
   bool StartEdits() {
     if (edits_ != nullptr) return true;
     try {
       auto edits = std::make_unique<Edits>();
-      edits->order.reserve(Index(count_) + 1);
-      for (int i = 0; i < count_; ++i) edits->order.push_back(base_ + i);
-      edits->next = base_ + count_;
-      edits->end = base_ + capacity_;
+      edits->order.Start(Base(), count_);
+      edits->next = Base() + count_;
+      edits->end = Base() + capacity_;
       edits_ = edits.release();
       return true;
     } catch (const std::bad_alloc&) {
@@ -242,7 +305,7 @@ class RecordList {
       if (capacity_ == 0 && edits_ == nullptr) Reserve(std::min(4, Limit));
       Record* slot = nullptr;
       if (edits_ == nullptr && i == count_ && count_ < capacity_) {
-        slot = Construct(base_ + i, std::forward<Arguments>(arguments)...);
+        slot = Construct(Base() + i, std::forward<Arguments>(arguments)...);
       } else {
         if (!StartEdits()) return nullptr;
         slot = PlaceEdited(i, std::forward<Arguments>(arguments)...);
@@ -256,13 +319,13 @@ class RecordList {
 
   template <class... Arguments>
   Record* PlaceEdited(int i, Arguments&&... arguments) {
-    edits_->order.insert(edits_->order.begin() + i, nullptr);
+    edits_->order.Insert(i, nullptr);
     try {
       Record* slot = edits_->TakeSlot();
       Construct(slot, std::forward<Arguments>(arguments)...);
-      return edits_->order[Index(i)] = slot;
+      return edits_->order.begin()[i] = slot;
     } catch (...) {
-      edits_->order.erase(edits_->order.begin() + i);
+      edits_->order.Erase(i, i);
       throw;
     }
   }
@@ -276,23 +339,22 @@ class RecordList {
     Reserve(other.count_);
     if constexpr (std::is_trivially_copyable_v<Record>) {
       if (other.count_ != 0 && other.edits_ == nullptr) {
-        std::memcpy(base_, other.base_, Index(other.count_) * sizeof(Record));
+        std::memcpy(Base(), other.Base(), Index(other.count_) * sizeof(Record));
         count_ = other.count_;
         return;
       }
     }
     for (const Record& record : other) {
-      Construct(base_ + count_, record);
+      Construct(Base() + count_, record);
       ++count_;
     }
   }
 
-  // 24 bytes in all: a file may hold tens of thousands of lists with a record or two each.
-  Record* base_ = nullptr;
+  Room room_{};
   Edits* edits_ = nullptr;
   std::uint16_t count_ = 0;
-  std::uint16_t capacity_ = 0;  // records that fit into the base
-  std::uint32_t spare_ = 0;     // bytes behind them
+  std::uint16_t capacity_ = kInline;  // records that fit into the base
+  std::uint32_t spare_ = 0;           // bytes behind them in the block
 };
 
 template <class Record, int Limit>

@@ -42,11 +42,8 @@ class ImageReader {
 
   /// The view from `offset` on, of nothing when that lies past the end.
   ImageReader At(std::uint64_t offset) const {
-    ImageReader there = *this;
     const std::uint64_t skipped = std::min(offset, left_);
-    there.data_ += static_cast<std::size_t>(skipped);
-    there.left_ -= skipped;
-    return there;
+    return {data_ + static_cast<std::size_t>(skipped), left_ - skipped, budget_};
   }
 
   /// The `size` bytes at `offset`.
@@ -112,11 +109,8 @@ class ImageWriter {
 
   /// The view from `offset` on, of nothing when that lies past the end.
   ImageWriter At(std::uint64_t offset) const {
-    ImageWriter there = *this;
     const std::uint64_t skipped = std::min(offset, left_);
-    there.out_ += static_cast<std::size_t>(skipped);
-    there.left_ -= skipped;
-    return there;
+    return {out_ + static_cast<std::size_t>(skipped), left_ - skipped, refused_};
   }
 
   /// Where `size` bytes at `offset` are to be written; null when they would pass the end.

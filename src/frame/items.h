@@ -22,9 +22,10 @@ void ReadItems(const ImageReader& image, std::uint64_t pointers, int count,
   image.Spend(sizeof(Item) * n);
   items.Reserve(count);
   for (std::uint64_t i = 0; i < n; ++i) {
-    items.Add()->*Address = image.Long(pointers + kAddressSize * i);
+    Item* item = items.Add();
+    item->*Address = image.Long(pointers + kAddressSize * i);
+    (item->*Table).Read(image.At(item->*Address));
   }
-  for (Item& item : items) (item.*Table).Read(image.At(item.*Address));
 }
 
 /// Completes each item's table and gives it its address, the first one right behind the addresses.

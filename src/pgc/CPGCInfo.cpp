@@ -1,6 +1,9 @@
 #include <veska/CPGCInfo.h>
 
 #include <algorithm>
+#include <memory>
+#include <new>
+#include <type_traits>
 
 #include "frame/image.h"
 #include "frame/items.h"
@@ -21,22 +24,23 @@ auto AsItsClass(CBaseCell* cell, Action&& action) {
 }  // namespace
 
 CPGCInfo::CellItem::CellItem(tag_CELL_TYPE type) {
-  if (type != CELL_MOVIE) own_.emplace<CStillCell>();
-  CI = Own();
+  if (type == CELL_MOVIE) {
+    CI = ::new (own_) CMovieCell;
+  } else {
+    CI = ::new (own_) CStillCell;
+  }
 }
 
-CPGCInfo::CellItem::CellItem(const CellItem& other) : CellItem(other.CI->GetType()) {
+// A copy does not take over the address.
+CPGCInfo::CellItem::CellItem(const CellItem& other) : tag_C_ITEM() {
   AsItsClass(other.CI, [this](const auto& cell) {
-    std::get<std::remove_cvref_t<decltype(cell)>>(own_) = cell;
+    CI = ::new (own_) std::remove_cvref_t<decltype(cell)>(cell);
   });
 }
 
 CPGCInfo::CellItem::~CellItem() {
   if (CI != Own()) delete CI;
-}
-
-CBaseCell* CPGCInfo::CellItem::Own() {
-  return std::visit([](CBaseCell& cell) { return &cell; }, own_);
+  std::destroy_at(Own());
 }
 
 bool CPGCInfo::CellItem::operator==(const CellItem& other) const {
@@ -70,7 +74,7 @@ void CPGCInfo::Read(const ImageReader& image) {
     const bool is_still = image.Byte(std::uint64_t{address} + 1) >= kFirstStillKind;
     CellItem* item = cells_.Add(is_still ? CELL_STILL : CELL_MOVIE);
     item->CI_SA = address;
-    AsItsClass(item->CI, [&](auto& cell) { cell.Read(image.At(address)); });
+    item->CI->Read(image.At(address));
   }
 }
 
@@ -125,7 +129,7 @@ std::uint64_t CPGCInfo::Write(const ImageWriter& out) const {
   for (const CellItem& item : cells_) {
     out.PutLong(pointer, item.CI_SA);
     pointer += kAddressSize;
-    position += AsItsClass(item.CI, [&](const auto& cell) { return cell.Write(out.At(position)); });
+    position += item.CI->Write(out.At(position));
   }
   return position;
 }

@@ -34,7 +34,7 @@ void CellOf<Header, Entry, Type>::Clear() {
 
 template <class Header, class Entry, tag_CELL_TYPE Type>
 void CellOf<Header, Entry, Type>::Read(const ImageReader& image) {
-  Clear();
+  CellOf::Clear();
   image.Copy(0, header_);
   const int count = header_.C_EPI_Ns;
   image.Spend(sizeof(Entry) * static_cast<std::uint64_t>(count));
@@ -52,12 +52,12 @@ void CellOf<Header, Entry, Type>::Read(const ImageReader& image) {
   unsigned char* room = entries_.Reserve(count, blocks);
   std::uint64_t position = sizeof header_;
   for (int i = 0; i < count; ++i) {
-    Entry entry{};
-    image.Copy(position, entry);
-    const auto size = EntrySize<Entry>(entry.EP_TY);
-    const unsigned char* bytes = image.Bytes(position, size);
-    entries_.Append(entry, bytes + kFileSize<Entry>, size - kFileSize<Entry>, room);
-    position += size;
+    Entry* entry = entries_.Add();
+    position = image.Copy(position, *entry);
+    if (!IsLongEntry(entry->EP_TY)) continue;
+    const unsigned char* block = image.Bytes(position, kEntryBlockSize);
+    entries_.SetFirstBlock(*entry, block, kEntryBlockSize, room);
+    position += kEntryBlockSize;
   }
 }
 

@@ -49,11 +49,10 @@ void CMNFInfoTable::Read(const ImageReader& image) {
 
   unsigned char* room = items_.Reserve(count, bytes);
   for (int i = 0; i < count; ++i) {
-    tag_A_MNFI_ITEM item{};
-    item.MNFI_SA = address_of(i);
-    image.Copy(item.MNFI_SA, item.A_MNFI);
-    const unsigned char* data = image.Bytes(item.MNFI_SA, kFixedSize + std::uint64_t{size_of(i)});
-    items_.Append(item, data + kFixedSize, size_of(i), room);
+    tag_A_MNFI_ITEM* item = items_.Add();
+    item->MNFI_SA = address_of(i);
+    const std::uint64_t data = image.Copy(item->MNFI_SA, item->A_MNFI);
+    items_.SetFirstBlock(*item, image.Bytes(data, size_of(i)), size_of(i), room);
   }
 }
 

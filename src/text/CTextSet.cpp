@@ -26,11 +26,10 @@ void CTextSet::Read(const ImageReader& image, std::uint64_t size) {
 
   unsigned char* room = records_.Reserve(count, texts);
   for (std::uint64_t p = 0; p < end;) {
-    tag_IT_TXT record{};
-    image.Copy(p, record);
-    const unsigned char* bytes = image.Bytes(p, kTextHeader + record.length);
-    records_.Append(record, bytes + kTextHeader, record.length, room);
-    p += kTextHeader + record.length;
+    tag_IT_TXT* record = records_.Add();
+    p = image.Copy(p, *record);
+    records_.SetFirstBlock(*record, image.Bytes(p, record->length), record->length, room);
+    p += record->length;
   }
 }
 
