@@ -232,7 +232,7 @@ TEST(Memory, AnEditWithoutMemoryChangesNothing) {
     CVMGInfo info;
     ASSERT_TRUE(Load(original, Sample("mixed_full")) && Load(info, Sample("mixed_full")));
     int changes = 0;
-    EXPECT_GT(FailAtEveryAllocation([&] {
+    EXPECT_GT(FailAtEveryAllocation([&, &edit = edit] {
                 if (edit(info)) return true;
                 if (!(info == original)) ++changes;
                 return false;
