@@ -152,7 +152,7 @@ TEST_F(SaveTest, WithoutMemoryFailsAndChangesNothing) {
 
 TEST_F(SaveTest, LoadingRefusesWhatIsNoFile) {
   fs::create_directory(folder_ / "folder");
-  for (const std::uintmax_t gib : {4, 5, 4096}) {
+  for (const std::uintmax_t gib : {4U, 5U, 4096U}) {
     const fs::path sparse = File(std::to_string(gib), image_);
     std::error_code error;
     fs::resize_file(sparse, gib << 30U, error);  // not every file system has files that large

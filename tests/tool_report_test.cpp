@@ -93,7 +93,7 @@ TEST(ReportBitrate, FollowsPacksAndFields) {
 
 TEST(ReportBitrate, ManyVobusAreDrawnInEqualSteps) {
   CTimeMapTable map;
-  for (const unsigned packs : {10, 30, 20, 40, 60, 50}) AddVobu(map, 20, packs);
+  for (const unsigned packs : {10U, 30U, 20U, 40U, 60U, 50U}) AddVobu(map, 20, packs);
   const double mbit = 2048 * 8 / 1e6 / 0.4;  // of one pack in 20 fields
   const Bitrate bitrate = BitrateOf(map, kFields50, 4);
   ASSERT_EQ(bitrate.steps.size(), 4U);
