@@ -86,8 +86,8 @@ class VESKA_API CVMGInfo {
   /// when the image would not read back equal to this object, so that something would be lost
   /// (counts or addresses that do not fit the lists, items without entries, texts past their 16-bit
   /// addresses, a file of 4 GiB or more); when end addresses claim more than 32 KiB beyond what the
-  /// tables take; when the file is read-only or another writer holds it (an advisory lock on POSIX); when
-  /// writing fails or there is no memory. A missing identifier is saved as it stands.
+  /// tables take; when the file is read-only or another writer holds it (an advisory lock on
+  /// POSIX); when writing fails or there is no memory. A missing identifier is saved as it stands.
   bool SaveToFile(const unsigned short* path);
   /// The same by the platform's own form of name.
   bool SaveToFile(const std::filesystem::path& path);
