@@ -1,8 +1,6 @@
 // What `veska show` prints, held against what is known of the sample files.
 #include <gtest/gtest.h>
-#include <veska/CVMGInfo.h>
 
-#include <filesystem>
 #include <fstream>
 #include <regex>
 
@@ -10,189 +8,84 @@
 
 namespace {
 
-using veska_tool::ExitStatus;
-
-std::vector<std::string> Lines(std::istream& in) {
-  std::vector<std::string> lines;
-  for (std::string line; std::getline(in, line);) lines.push_back(line);
-  return lines;
-}
-
-std::size_t Depth(const std::string& line) { return line.find_first_not_of(' '); }
-
-/// The lines of the part of `lines` that is headed by each of `path` in turn; none when there is no
-/// such part.
-std::vector<std::string> Part(std::vector<std::string> lines,
-                              const std::vector<std::string>& path) {
-  for (const std::string& heading : path) {
-    std::vector<std::string> part;
-    const std::regex heads(" *" + heading + "[ :]");
-    for (const std::string& line : lines) {
-      if (!part.empty() && Depth(line) <= Depth(part.front())) break;
-      if (!part.empty() || std::regex_search(line, heads, std::regex_constants::match_continuous))
-        part.push_back(line);
-    }
-    lines = part;
-  }
-  return lines;
-}
-
-/// How a subject of the facts is headed; # stands for its number, which counts from 0 there.
-struct Heading {
-  const char* subject;
-  std::vector<std::string> path;
-};
-const std::string kChain = "original program chain";
-const std::string kUserChains = "user-defined program chains";
-const Heading kHeadings[] = {
-    {"file size|laid out as the library writes it", {".*\\.ifo"}},
-    {"play lists", {"play lists"}},
-    {"play list #", {"play list #"}},
-    {"movie table", {"movie table"}},
-    {"movie VOBs", {"movie VOBs"}},
-    {"movie VOB #(?: time map)?", {"movie VOBs", "VOB #"}},
-    {"still table", {"still picture table"}},
-    {"still group #", {"still picture table", "still group #"}},
-    {"audio group #", {"still picture table", "audio group #"}},
-    {"original chain", {kChain}},
-    {"original chain (program|cell) #", {kChain, "$ #"}},
-    {"user chains", {kUserChains}},
-    {"user chain #", {kUserChains, "user-defined chain #"}},
-    {"user chain # (program|cell) #", {kUserChains, "user-defined chain #", "$ #"}},
-    {"texts", {"texts"}},
-    {"text set #", {"texts", "text set #"}},
-    {"text set # record #", {"texts", "text set #", "text #"}},
-    {"makers", {"manufacturers"}},
-    {"maker #", {"manufacturer #"}},
-    {".*", {"header"}},
+/// What becomes of a line of the facts, step by step, until it is a pattern of what the tool
+/// prints. `~` is anything else in the line.
+const std::pair<const char*, const char*> kSteps[] = {
+    {R"([.()])", R"(\$&)"},
+    {"block yes", "block: time_0~"},
+    {"block no", "block: no"},
+    {"cell number 65535", "cell point: no cell"},
+    {"cell number (\\d+)", "cell point: cell $1 ~"},
+    {"^(?:presence|after completion).*", ""},  // not shown: what follows from the tables
+    {"^file size: (.*)", "ifo: $1 bytes, laid"},
+    {"^laid out .*: yes", "laid out as this tool writes it\n"},
+    {"^laid out .*: no", "laid out otherwise"},
+    {"^identifier: (.*)", "VMG_ID \"$1\"\n"},
+    {"^(\\w+_[SE]A): (.*)", "\n    $1 $2[ \n]"},
+    {"^header .* number at (.*): (.*)", "number_$1 $2\n"},
+    {"^header first cell point: (.*)", "cell_point_70: $1\n"},
+    {"^header second cell point: (.*)", "cell_point_85: $1\n"},
+    {"^header bytes 93 to 220: (.*)", "text_93 $1\n"},
+    {"^(play list .*): text at 8 (.*), number at 136: (.*), cell point: (.*)",
+     "$1~ $2[:,]~number_136 $3, cell_point: $4\n"},
+    {"^movie table: (.*), size (.*)", "movie table: $2 bytes~ $1\n"},
+    {"^movie (VOB .*) time map: (.*), (pack count .*), (field count .*)",
+     "$1:~\n~\n~\n~\n *time map: $2\n *$4 ~\n *$3 "},
+    {"^movie (VOB .*): (.*), size (.*), (VOB_TY .*), (.*), (.*), recorded bytes at 2 (.*)",
+     "$1: $3 bytes at $2[,\n]~\n? *$4, bytes_2 $7,~\n *$5\n *$6\n"},
+    {"^still table: (.*), size (.*)", "still picture table: $2 bytes~ $1\n"},
+    {"^(still group .*): (.*), size (.*), (.*), (forms .*), (.*)",
+     "$1: $3 bytes at $2, $5[,\n]~\n? *$4,~\n *$6 "},
+    {"^(audio group .*): (.*), size (.*), (.*), (.*)", "$1: $3 bytes at $2\n *$4,~\n *$5 "},
+    {"^.* (program .*): (C_Ns .*), first cell (index .*), (.*), text (.*), number at 132: (.*), "
+     "cell point: (.*)",
+     "\n *$1 $5: (?:no cells|cells? $3[ ,])~$4,~$2, number_132 $6, cell_point: $7\n"},
+    {"^.* (cell .*): (.*), (C_TY .*), (.*), (.* bytes), (.*), number at 2: (.*)",
+     "\n *$1: $2: ~$3, number_2 $7,~ $5 at $4, $6\n"},
+    {"^original chain: (.*)", "original program chain: ~$1, at"},
+    {"^user (chain .*): (UD_PGCI_SA .*)", "user-defined $1: ~$2\n"},
+    {"^user (chain .*): (.*)", "user-defined $1: ~$2 at"},
+    {"^user chains: (.*)", "user-defined program chains: ~$1\n"},
+    {"^(text set .*) record (.*)", "$1:~\n(?: *text ~\n)* *text $2\n"},
+    {"^(text set .*) records", "$1 texts?\n"},
+    {"^maker(.* .*: MNFI_SA .*), (data length .*)", "manufacturer$1,~ $2\n"},
+    {"^makers: (.*)", "manufacturers: ~$1\n"},
+    {"^texts: (CHRS .*), (.*, .*)", "texts: ~$1,~ $2\n"},
+    {"^(play lists|movie VOBs): (.*)", "$1: ~$2\n"},
+    {"~", ".*"},
 };
 
-std::vector<std::string> PathOf(const std::string& subject) {
-  for (const Heading& heading : kHeadings) {
-    const std::regex pattern(
-        std::regex_replace(std::string(heading.subject), std::regex("#"), "(\\d+)"));
-    std::smatch match;
-    if (!std::regex_match(subject, match, pattern)) continue;
-    std::vector<std::string> path = heading.path;
-    std::size_t group = 1;
-    for (std::string& step : path) {
-      for (std::size_t at = 0; (at = step.find_first_of("#$", at)) != std::string::npos; ++at) {
-        const std::string text = match[group++];
-        step.replace(at, 1, step[at] == '$' ? text : std::to_string(std::stoi(text) + 1));
-      }
-    }
-    return path;
+/// The pattern for a line of the facts.
+std::string PatternOf(std::string fact) {
+  for (const auto& [what, by] : kSteps) fact = std::regex_replace(fact, std::regex(what), by);
+  // The items count from 0 in the facts.
+  const std::regex item(
+      "(play list|VOB|group|defined chain|text set|manufacturer|index|[*](?:program|cell|text)) "
+      "(\\d+)");
+  std::string pattern;
+  for (std::smatch match; std::regex_search(fact, match, item); fact = match.suffix()) {
+    const std::string name = match[1] == "index" ? "" : match.str(1) + " ";
+    pattern += match.prefix().str() + name + std::to_string(std::stoi(match[2]) + 1);
   }
-  return {};
+  return pattern + fact;
 }
 
-/// How a fact is worded in the tool's output.
-const struct {
-  const char* fact;
-  const char* shown;
-} kWordings[] = {
-    {"^laid out as the library writes it: yes", "laid out as this tool writes it"},
-    {"^laid out as the library writes it: no", "laid out otherwise"},
-    {"^file size: (\\d+)", "$1 bytes"},
-    {"^identifier: (.*)", "VMG_ID \"$1\""},
-    {"^header \\d+-bit number at (\\d+): ", "number_$1 "},
-    {"^header first cell point: ", "cell_point_70: "},
-    {"^header second cell point: ", "cell_point_85: "},
-    {"^header bytes 93 to 220: ", "text_93 "},
-    {"^([A-Z_]+_[SE]A): ", "$1 "},
-    {"^number at (\\d+): ", "number_$1 "},
-    {"^text (?:at \\d+ )?", ""},
-    {"^cell point: ", "cell_point: "},
-    {"^cell number 65535", "no cell"},
-    {"^cell number (\\d+)", "cell $1 ("},
-    {"^size (\\d+)", "$1 bytes"},
-    {"^(seamless|audio gap) block yes", "$1 block: time_0 "},
-    {"^(seamless|audio gap) block no", "$1 block: no"},
-    {"^recorded bytes at 2 ", "bytes_2 "},
-    {"^1 records", "1 text"},
-    {"^(\\d+) records", "$1 texts"},
-};
-
-std::string Worded(std::string fact) {
-  std::smatch index;
-  if (std::regex_match(fact, index, std::regex("first cell index (\\d+)"))) {
-    return std::to_string(std::stoi(index[1]) + 1);  // "cell N" or "cells N to M"
-  }
-  for (const auto& wording : kWordings) {
-    fact = std::regex_replace(fact, std::regex(wording.fact), wording.shown);
-  }
-  return fact;
-}
-
-/// The facts of a line: what commas part, outside of quotes.
-std::vector<std::string> Facts(const std::string& text) {
-  std::vector<std::string> facts(1);
-  bool quoted = false;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    if (text[i] == '"') quoted = !quoted;
-    if (!quoted && text.compare(i, 2, ", ") == 0) {
-      facts.emplace_back();
-      ++i;
-    } else {
-      facts.back().push_back(text[i]);
-    }
-  }
-  return facts;
-}
-
-bool Mentions(const std::vector<std::string>& lines, const std::string& text) {
-  // A number is found as a whole one only.
-  const auto is_digit = [](const std::string& line, std::size_t at) {
-    return at < line.size() && line[at] >= '0' && line[at] <= '9';
-  };
-  for (const std::string& line : lines) {
-    for (std::size_t at = 0; (at = line.find(text, at)) != std::string::npos; ++at) {
-      const std::size_t end = at + text.size();
-      const bool cut = (is_digit(text, text.size() - 1) && is_digit(line, end)) ||
-                       (is_digit(text, 0) && at > 0 && is_digit(line, at - 1));
-      if (!cut) return true;
-    }
-  }
-  return false;
-}
-
-class ShowSample : public testing::TestWithParam<std::string> {
- protected:
-  void ExpectShown(const std::string& line, const std::vector<std::string>& shown) {
-    // A quoted text may hold a colon; a subject holds none.
-    const std::size_t colon = line.find(": ");
-    const std::string subject = line.substr(0, colon);
-    const std::vector<std::string> path = PathOf(subject);
-    const bool header = path.front() == "header" || path.front() == ".*\\.ifo";
-    const auto part = Part(shown, path);
-    ASSERT_FALSE(part.empty()) << line;
-    const bool no_cells = line.find(": C_Ns 0,") != std::string::npos;
-    for (const std::string& fact : Facts(header ? line : line.substr(colon + 2))) {
-      if (no_cells && fact.starts_with("first cell index")) continue;
-      const std::string worded = Worded(fact);
-      EXPECT_TRUE(Mentions(part, worded)) << line << "\n  is not shown: " << worded;
-    }
-  }
-};
-
-TEST_P(ShowSample, ShowsEveryFact) {
-  const ToolRun run = RunTool({"show", Sample(GetParam() + ".ifo")});
-  ASSERT_EQ(run.status, ExitStatus::kDone) << run.err;
-  std::istringstream text(run.out);
-  const auto shown = Lines(text);
-  std::ifstream facts(Sample(GetParam() + ".facts.txt"));
-  const auto lines = Lines(facts);
-  ASSERT_FALSE(lines.empty());
-  for (const std::string& line : lines) {
-    // What follows from the tables and is not shown is the library's.
-    if (!line.starts_with("presence") && !line.starts_with("after completion")) {
-      ExpectShown(line, shown);
-    }
-  }
-}
-
+class ShowSample : public testing::TestWithParam<const char*> {};
 INSTANTIATE_TEST_SUITE_P(Samples, ShowSample,
                          testing::Values("empty", "mixed_full", "movie_recorder", "odd_layout",
                                          "still_camera"));
+
+TEST_P(ShowSample, ShowsEveryFact) {
+  const std::string sample = Sample(GetParam());
+  const ToolRun run = RunTool({"show", sample + ".ifo"});
+  ASSERT_EQ(run.status, veska_tool::ExitStatus::kDone) << run.err;
+  std::ifstream facts(sample + ".facts.txt");
+  int count = 0;
+  for (std::string fact; std::getline(facts, fact); ++count) {
+    const std::string pattern = PatternOf(fact);
+    EXPECT_TRUE(std::regex_search(run.out, std::regex(pattern))) << fact << "\n" << pattern;
+  }
+  EXPECT_GE(count, 25);
+}
 
 }  // namespace
