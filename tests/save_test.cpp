@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <csignal>
 #include <filesystem>
-#include <random>
 #include <thread>
 
 #include "heap.h"
 #include "image_builder.h"
+#include "temporary_folder.h"
 
 #ifndef _WIN32
 #include <fcntl.h>
@@ -27,21 +27,10 @@ const Bytes kOld = Text("what was there before", 3000);
 
 class SaveTest : public testing::Test {
  protected:
-  SaveTest() {
-    const auto* test = testing::UnitTest::GetInstance()->current_test_info();
-    folder_ = fs::temp_directory_path() /
-              (std::string("veska-") + test->name() + std::to_string(std::random_device()()));
-    fs::create_directory(folder_);
-    image_ = Sample("empty");
-    EXPECT_TRUE(Load(info_, image_));
-  }
-  ~SaveTest() override { fs::remove_all(folder_); }
+  SaveTest() { EXPECT_TRUE(Load(info_, image_)); }
 
   fs::path File(const std::string& name, const Bytes& bytes = kOld) {
-    std::ofstream file(folder_ / name, std::ios::binary);
-    file.write(reinterpret_cast<const char*>(bytes.data()),
-               static_cast<std::streamsize>(bytes.size()));
-    return folder_ / name;
+    return folder_.Write(name, bytes);
   }
   /// What is in the folder, each name with its size or what its link says.
   std::vector<std::string> Contents() {
@@ -66,8 +55,8 @@ class SaveTest : public testing::Test {
     EXPECT_EQ(is_file ? ReadFile(path) : Bytes(), old);
   }
 
-  fs::path folder_;
-  Bytes image_;
+  TemporaryFolder folder_;
+  Bytes image_ = Sample("empty");
   CVMGInfo info_;
 };
 

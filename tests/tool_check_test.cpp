@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <filesystem>
 #include <fstream>
 #include <memory>
 #include <nlohmann/json.hpp>
@@ -11,6 +10,8 @@
 
 #include "image_builder.h"
 #include "image_check.h"
+#include "temporary_folder.h"
+#include "tool_io.h"
 #include "tool_run.h"
 
 namespace {
@@ -232,37 +233,21 @@ TEST(CheckTest, KeepsTheFirstFindingsOfEachCode) {
   EXPECT_EQ(findings.Omitted(Code::kPointToNoCell), 1U);
 }
 
-class TemporaryFile {
- public:
-  explicit TemporaryFile(const Bytes& bytes)
-      : path_(std::filesystem::temp_directory_path() /
-              ("veska_check_" + std::to_string(std::random_device()()))) {
-    std::ofstream(path_, std::ios::binary)
-        .write(reinterpret_cast<const char*>(bytes.data()),
-               static_cast<std::streamsize>(bytes.size()));
-  }
-  ~TemporaryFile() { std::filesystem::remove(path_); }
-  TemporaryFile(const TemporaryFile&) = delete;
-  TemporaryFile& operator=(const TemporaryFile&) = delete;
-  std::string Name() const { return path_.string(); }
-
- private:
-  std::filesystem::path path_;
-};
-
 TEST(CheckTest, ExitStatusFollowsTheWorstFinding) {
-  const TemporaryFile bad(VESKA::Sample("mixed_full").With(1232, Word(9)));
-  const TemporaryFile padded(VESKA::Sample("empty") + Zeros(3));
+  const TemporaryFolder folder;
+  const std::string bad =
+      NameOf(folder.Write("bad", VESKA::Sample("mixed_full").With(1232, Word(9))));
+  const std::string padded = NameOf(folder.Write("padded", VESKA::Sample("empty") + Zeros(3)));
   const std::string good = Sample("empty.ifo");
   const std::string odd = Sample("odd_layout.ifo");
   const struct {
     std::vector<std::string> arguments;
     ExitStatus status;
   } cases[] = {{{good}, ExitStatus::kDone},
-               {{bad.Name(), good}, ExitStatus::kFound},
+               {{bad, good}, ExitStatus::kFound},
                {{odd}, ExitStatus::kDone},
                {{"--warnings-as-errors", odd}, ExitStatus::kFound},
-               {{"--warnings-as-errors", padded.Name()}, ExitStatus::kDone},
+               {{"--warnings-as-errors", padded}, ExitStatus::kDone},
                {{good, "no/such/file"}, ExitStatus::kFile},
                {{}, ExitStatus::kUsage}};
   for (const auto& c : cases) {
@@ -273,15 +258,17 @@ TEST(CheckTest, ExitStatusFollowsTheWorstFinding) {
 }
 
 TEST(CheckTest, PrintsALineForEachFinding) {
-  const TemporaryFile loads(VESKA::Sample("mixed_full").With(1108, Long(700)));
-  EXPECT_EQ(::RunTool({"check", loads.Name()}).out,
-            loads.Name() +
+  const TemporaryFolder folder;
+  const std::string loads =
+      NameOf(folder.Write("loads", VESKA::Sample("mixed_full").With(1108, Long(700))));
+  EXPECT_EQ(::RunTool({"check", loads}).out,
+            loads +
                 ":0x000454: error V207: movie table: the end address lies before the end of the "
                 "last structure: M_AVFIT_EA is 700; right: 709\n" +
-                loads.Name() + ": 1 error, 0 warnings, 0 notes\n");
+                loads + ": 1 error, 0 warnings, 0 notes\n");
 
-  const TemporaryFile cut(VESKA::Sample("mixed_full").Part(0, 1500));
-  const std::string out = ::RunTool({"check", cut.Name()}).out;
+  const std::string cut = NameOf(folder.Write("cut", VESKA::Sample("mixed_full").Part(0, 1500)));
+  const std::string out = ::RunTool({"check", cut}).out;
   for (const char* line :
        {": error V104: header: the file ends before its end address: VMG_EA is 8140, and the file "
         "has 1500 bytes\n",
@@ -291,8 +278,10 @@ TEST(CheckTest, PrintsALineForEachFinding) {
 }
 
 TEST(CheckTest, PrintsJson) {
-  const TemporaryFile bad(VESKA::Sample("mixed_full").With(1232, Word(9)));
-  const auto json = nlohmann::json::parse(::RunTool({"check", "--json", bad.Name()}).out);
+  const TemporaryFolder folder;
+  const std::string bad =
+      NameOf(folder.Write("bad", VESKA::Sample("mixed_full").With(1232, Word(9))));
+  const auto json = nlohmann::json::parse(::RunTool({"check", "--json", bad}).out);
   EXPECT_EQ(json.at("version"), 1);
   const auto& file = json.at("files").at(0);
   EXPECT_EQ(file.at("loads"), false);

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "temporary_folder.h"
 #include "tool_run.h"
 
 namespace {
@@ -16,17 +17,8 @@ namespace fs = std::filesystem;
 using namespace VESKA;
 using namespace veska_tool;
 
-/// A folder of its own for a test, removed behind it.
 class EditTest : public testing::Test {
  protected:
-  void SetUp() override {
-    const auto* test = testing::UnitTest::GetInstance()->current_test_info();
-    folder_ = fs::temp_directory_path() / (std::string("veska_edit_") + test->name());
-    fs::remove_all(folder_);
-    fs::create_directory(folder_);
-  }
-  void TearDown() override { fs::remove_all(folder_); }
-
   std::string File(const char* name) { return NameOf(folder_ / name); }
   std::string CopyOf(const char* sample) {
     std::string copy = File("disc.ifo");
@@ -42,7 +34,7 @@ class EditTest : public testing::Test {
     return run.status;
   }
 
-  fs::path folder_;
+  TemporaryFolder folder_;
   std::string output_;
   std::string messages_;
 };

@@ -2,32 +2,16 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
-#include <random>
 #include <type_traits>
 #include <typeinfo>
 
 #include "image_builder.h"
+#include "temporary_folder.h"
 
 namespace VESKA {
 namespace {
 
 namespace fs = std::filesystem;
-
-/// A new folder, removed with all that is in it.
-class Folder {
- public:
-  Folder()
-      : path_(fs::temp_directory_path() / ("veska-" + std::to_string(std::random_device()()))) {
-    fs::create_directory(path_);
-  }
-  Folder(const Folder&) = delete;
-  Folder& operator=(const Folder&) = delete;
-  ~Folder() { fs::remove_all(path_); }
-  fs::path operator/(const fs::path& name) const { return path_ / name; }
-
- private:
-  fs::path path_;
-};
 
 std::vector<unsigned short> Utf16(const std::u16string& text) {
   std::vector<unsigned short> name(text.begin(), text.end());
@@ -36,7 +20,7 @@ std::vector<unsigned short> Utf16(const std::u16string& text) {
 }
 
 TEST(Samples, ThoseInCanonicalFormComeBackByteForByte) {
-  const Folder folder;
+  const TemporaryFolder folder;
   for (const char* name : {"mixed_full", "movie_recorder", "still_camera", "empty"}) {
     SCOPED_TRACE(name);
     const Bytes image = Sample(name);
@@ -99,7 +83,7 @@ TEST(Samples, AnotherLayoutIsLoadedAndSavedInCanonicalForm) {
 }
 
 TEST(FileNames, AreUtf16OrWhatThePlatformTakes) {
-  const Folder folder;
+  const TemporaryFolder folder;
   CVMGInfo info;
   ASSERT_TRUE(Load(info, Sample("still_camera")));
   const std::pair<std::u16string, std::string> kNames[] = {
@@ -204,7 +188,7 @@ const struct {
 };
 
 TEST(Saving, RefusesWhatWouldNotReadBackEqualAndNothingElse) {
-  const Folder folder;
+  const TemporaryFolder folder;
   for (const auto& edit : kEdits) {
     SCOPED_TRACE(testing::Message() << edit.what << (edit.completed ? "" : ", stale"));
     const fs::path path = folder / "saved.ifo";
