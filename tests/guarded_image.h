@@ -1,4 +1,5 @@
-/// Bytes that end at an unreadable page, so that a read past the end kills the program.
+/// Bytes that end at an unreadable page, so that a read past the end kills the program. The pages
+/// stay until the program ends.
 #pragma once
 
 #include <cstddef>
@@ -26,7 +27,6 @@ class GuardedImage {
   }
   GuardedImage(const GuardedImage&) = delete;
   GuardedImage& operator=(const GuardedImage&) = delete;
-  ~GuardedImage() { Unmap(start_, room_ + PageSize()); }
 
   unsigned char* Place(const unsigned char* bytes, std::size_t size) {
     unsigned char* image = start_ + room_ - size;
@@ -49,7 +49,6 @@ class GuardedImage {
     DWORD before = 0;
     return ::VirtualProtect(page, size, PAGE_NOACCESS, &before) != 0;
   }
-  static void Unmap(void* start, std::size_t) { ::VirtualFree(start, 0, MEM_RELEASE); }
 #else
   static std::size_t PageSize() { return static_cast<std::size_t>(::sysconf(_SC_PAGESIZE)); }
   static unsigned char* Map(std::size_t size) {
@@ -59,7 +58,6 @@ class GuardedImage {
   static bool Protect(void* page, std::size_t size) {
     return ::mprotect(page, size, PROT_NONE) == 0;
   }
-  static void Unmap(void* start, std::size_t size) { ::munmap(start, size); }
 #endif
 
   unsigned char* start_ = nullptr;

@@ -134,26 +134,6 @@ TYPED_TEST(ListTest, HoldsAsManyRecordsAsTheFileCanCount) {
   EXPECT_NE(TypeParam::Insert(table, 0), nullptr);
 }
 
-TYPED_TEST(ListTest, CopiesAreDeepAndIndependent) {
-  typename TypeParam::Table table, assigned;
-  this->Fill(table, 6);
-  TypeParam::Delete(table, 1);  // so that the order is no longer that of the memory
-  TypeParam::Insert(table, 0);
-  typename TypeParam::Table copy(table);
-  this->Fill(assigned, 2);
-  assigned = copy;
-  this->Mark(copy, 2) = 0x77;
-  TypeParam::Delete(assigned, 0);
-  const auto* first = TypeParam::Get(table, 0);
-  table = *&table;
-  EXPECT_EQ(TypeParam::Get(table, 0), first);
-  EXPECT_EQ(this->Marks(table), Hex("00 01 03 04 05 06"));
-  EXPECT_EQ(this->Marks(assigned), Hex("01 03 04 05 06"));
-  table.Clear();
-  EXPECT_EQ(TypeParam::Count(table), 0);
-  EXPECT_EQ(this->Marks(copy), Hex("00 01 77 04 05 06"));
-}
-
 TYPED_TEST(ListTest, UsesTheSlotsOfDeletedRecordsAgain) {
   typename TypeParam::Table table;
   this->Fill(table, 9);

@@ -1,6 +1,5 @@
 // The rules of the house: what the compiler has to refuse, and what the sources must not do.
 #include <algorithm>
-#include <concepts>
 #include <filesystem>
 #include <fstream>
 #include <regex>
@@ -13,22 +12,14 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Headers that AutoComplete owns can be read but not written; the others are the host's to set.
-template <class Table, class Header>
-constexpr bool kHas = std::same_as<decltype(std::declval<Table&>().GetHeader()), Header&>;
-static_assert(kHas<const CPlayListSRPTable, const tag_PL_SRPTI> &&
-              kHas<const CMovieAVFileTable, const tag_M_AVFITI> &&
-              kHas<const CMovieAVFile, const tag_M_AVFI_GI> &&
-              kHas<const CTimeMapTable, const tag_TMAP_GI> &&
-              kHas<const CStillAVFileTable, const tag_S_AVFITI> &&
-              kHas<const CStillAVFile, const tag_S_AVFI_GI> &&
-              kHas<const CAdditionalAFile, const tag_S_AAFI_GI> &&
-              kHas<const CUserPGCTable, const tag_UD_PGCITI> &&
-              kHas<const CTextDataMgr, const tag_TXTDITI> &&
-              kHas<const CMNFInfoTable, const tag_MNFITI> && kHas<CPGCInfo, const tag_PGC_GI> &&
-              kHas<CVMGI_MAT, tag_VMGI_MAT_HEADER> && kHas<CMovieVOB, tag_M_VOB_GI> &&
-              kHas<CStillVOG, tag_S_VOG_GI> && kHas<CStillAAG, tag_S_AAG_GI> &&
-              kHas<CMovieCell, tag_M_C_GI> && kHas<CStillCell, tag_S_C_GI>);
+// Headers that AutoComplete owns can be read but not written.
+template <class... Tables>
+constexpr bool kOwnTheirHeader =
+    (std::is_const_v<std::remove_reference_t<decltype(std::declval<Tables&>().GetHeader())>> &&
+     ...);
+static_assert(kOwnTheirHeader<CPlayListSRPTable, CMovieAVFileTable, CMovieAVFile, CTimeMapTable,
+                              CStillAVFileTable, CStillAVFile, CAdditionalAFile, CUserPGCTable,
+                              CTextDataMgr, CMNFInfoTable>);
 
 // Writing an object is not const: the interface leaves the library free to convert it in place.
 template <class T>
