@@ -25,8 +25,6 @@ class GuardedImage {
     start_ = Map(room_ + page);
     if (start_ == nullptr || !Protect(start_ + room_, page)) throw std::runtime_error("no pages");
   }
-  GuardedImage(const GuardedImage&) = delete;
-  GuardedImage& operator=(const GuardedImage&) = delete;
 
   unsigned char* Place(const unsigned char* bytes, std::size_t size) {
     unsigned char* image = start_ + room_ - size;

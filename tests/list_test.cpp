@@ -68,12 +68,6 @@ class ListTest : public testing::Test {
     for (int i = 0; i < List::Count(table); ++i) marks.push_back(Mark(table, i));
     return marks;
   }
-  static void Fill(Table& table, int count) {
-    for (int i = 0; i < count; ++i) {
-      List::Add(table);
-      Mark(table, i) = static_cast<unsigned char>(i + 1);
-    }
-  }
 };
 TYPED_TEST_SUITE(ListTest, Lists);
 
@@ -136,7 +130,7 @@ TYPED_TEST(ListTest, HoldsAsManyRecordsAsTheFileCanCount) {
 
 TYPED_TEST(ListTest, UsesTheSlotsOfDeletedRecordsAgain) {
   typename TypeParam::Table table;
-  this->Fill(table, 9);
+  for (int i = 0; i < 9; ++i) TypeParam::Add(table);
   std::size_t calls = 0;
   for (int i = 0; i < 110; ++i) {
     if (i == 10) calls = heap::Calls();  // from when it has what it needs

@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 #include <random>
 
+#include "image_builder.h"
 #include "json_tree.h"
 #include "tool_io.h"
 #include "tool_run.h"
@@ -20,17 +21,11 @@ using veska_tool::Json;
 const std::vector<std::string> kSamples = {"empty", "mixed_full", "movie_recorder", "odd_layout",
                                            "still_camera"};
 
-Bytes ImageOf(VESKA::CVMGInfo& info) {
-  Bytes image(info.GetDataSize());
-  info.GetData(image.data());
-  return image;
-}
-
 /// What a text that was printed makes again: the image of it, completed.
 Bytes Rebuilt(const std::string& text) {
   VESKA::CVMGInfo info;
   veska_tool::Build(veska_tool::ParseJson(text, "test"), "test", info);
-  return ImageOf(info);
+  return VESKA::Written(info);
 }
 
 Json Exported(const std::string& sample) {
@@ -47,8 +42,7 @@ TEST(Json, ExportAndBuildGiveTheCanonicalFile) {
     EXPECT_EQ(from_line, Rebuilt(veska_tool::TextOf(document))) << sample;
     if (sample == "odd_layout") {
       EXPECT_NE(from_line, image);
-      info->AutoComplete();
-      image = ImageOf(*info);
+      image = VESKA::Completed(*info);
     }
     EXPECT_EQ(from_line, image) << sample;
   }
@@ -59,19 +53,13 @@ TEST(Json, BuildsWhatCompletingMakesOfDamagedFiles) {
   std::mt19937 random(20061);
   int built = 0;
   for (const std::string& sample : kSamples) {
-    const Bytes image = veska_tool::ReadInput(Sample(sample + ".ifo"));
-    for (int i = 0; i < 60; ++i) {
-      Bytes damaged = image;
-      for (int flips = 0; flips < 3; ++flips) {
-        damaged[12 + random() % (damaged.size() - 12)] ^=
-            static_cast<unsigned char>(1U << random() % 8);
-      }
+    const VESKA::Bytes image = VESKA::Sample(sample);
+    for (unsigned i = 0; i < 150; ++i) {
       VESKA::CVMGInfo info;
-      if (!info.LoadFromMemory(damaged.data(), damaged.size(), VESKA::CVMGInfo::kLoadAll)) continue;
+      if (!VESKA::Load(info, VESKA::RandomlyDamaged(image, random, i))) continue;
       const std::string text = veska_tool::LineOf(veska_tool::Export(info));
-      info.AutoComplete();
       try {
-        EXPECT_EQ(Rebuilt(text), ImageOf(info)) << sample << " " << i;
+        EXPECT_EQ(Rebuilt(text), VESKA::Completed(info)) << sample << " " << i;
         ++built;
       } catch (const Failure& failure) {
         // What takes no bytes in a file cannot be built.
@@ -92,20 +80,16 @@ struct Mistake {
 const Mistake kMistakes[] = {
     {"/version", nullptr, "the document: expected the key \"version\", found none"},
     {"/version", "2", ": expected 1, found 2"},
-    {"/version", R"("1")", ": expected 1, found \"1\""},
     {"/$schema", "1", ": expected a string, found 1"},
     {"/x~1y~0", "1", ": expected none but "},
     {"", "[]", "the document: expected an object, found an array"},
-    {"/texts", nullptr, "the document: expected the key \"texts\", found none"},
     {"/texts", "null", ": expected an object, found null"},
     {"/texts/CHRS", "256", ": expected a whole number from 0 to 255, found 256"},
-    {"/texts/CHRS", "-1", "found -1"},
     {"/texts/CHRS", "1.0", "found 1.0"},
     {"/texts/sets", "{}", ": expected an array, found an object"},
     {"/texts/sets/0/texts/1/text/hex", R"("616")",
      ": expected an even number, up to 510, of hex digits"},
     {"/texts/sets/0/texts/0/text/text", R"("Ending")", ": expected \"Opening\", as \"hex\" says"},
-    {"/texts/sets/0/texts/0", "[]", ": expected an object, found an array"},
     {"/texts/sets", "[]", ": expected at least one item, or zeros"},
     {"/movie/vobs/1/length", "1", ": expected none but VOB_TY, bytes_2"},
     {"/movie/vobs/0/VOB_TY", R"("zz00")", ": expected 4 hex digits, found \"zz00\""},
@@ -123,7 +107,6 @@ const Mistake kMistakes[] = {
      "/original_chain/cells/6/entries/0/block: expected none but EP_TY, time_1"},
     {"/original_chain/cells/6/entries/0/block", nullptr,
      "/original_chain/cells/6/entries/0: expected the key \"block\""},
-    {"/header/cell_point_70/ext", nullptr, "/header/cell_point_70: expected the key \"ext\""},
     {"/header/cell_point_70/position", R"("000000000000")", ": expected none but base, cell, ext"},
 };
 

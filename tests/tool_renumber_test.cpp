@@ -40,18 +40,20 @@ struct Model {
   }
 };
 
-/// The number that stands at the same place in cells of both kinds.
-int IdOf(tag_C_ITEM* item) {
-  if (item == nullptr) return 0;
-  return item->CI->GetType() == CELL_MOVIE
-             ? static_cast<CMovieCell*>(item->CI)->GetHeader().number_2
-             : static_cast<CStillCell*>(item->CI)->GetHeader().number_2;
+/// A byte of the header of a cell, of either kind, that is not for the operations to change.
+unsigned char& IdOf(const tag_C_ITEM& item) {
+  auto* header =
+      item.CI->GetType() == CELL_MOVIE
+          ? reinterpret_cast<unsigned char*>(&static_cast<CMovieCell*>(item.CI)->GetHeader())
+          : reinterpret_cast<unsigned char*>(&static_cast<CStillCell*>(item.CI)->GetHeader());
+  return header[2];
 }
 
 Model ModelOf(CVMGInfo& info) {
   CPGCInfo& chain = info.GetOriginalPGC();
   const auto id = [&](const tag_CELL_POINT& point) {
-    return point.cell == kNoCell ? 0 : IdOf(chain.GetCellNode(point.cell - 1));
+    const bool names_none = point.cell == 0 || point.cell > chain.GetCellCount();
+    return names_none ? 0 : IdOf(*chain.GetCellNode(point.cell - 1));
   };
   const tag_VMGI_MAT_HEADER& header = info.GetMAT().GetHeader();
   Model model{{}, {id(header.cell_point_70), id(header.cell_point_85)}};
@@ -67,7 +69,7 @@ Model ModelOf(CVMGInfo& info) {
   const auto add = [&](int count, int point) {
     model.programs.push_back({{}, point});
     for (; count > 0; --count) {
-      model.programs.back().cells.push_back(IdOf(chain.GetCellNode(cell++)));
+      model.programs.back().cells.push_back(IdOf(*chain.GetCellNode(cell++)));
     }
   };
   for (int i = 0; i < chain.GetPGCount(); ++i) {
@@ -83,11 +85,8 @@ class RandomFile {
     CPGCInfo& chain = info_.GetOriginalPGC();
     const int cells = Below(30);
     for (int id = 1; id <= cells; ++id) {
-      if (Below(2) == 0) {
-        AddCell<CMovieCell>(CELL_MOVIE, id);
-      } else {
-        AddCell<CStillCell>(CELL_STILL, id);
-      }
+      IdOf(*chain.AddCellNode(Below(2) == 0 ? CELL_MOVIE : CELL_STILL)) =
+          static_cast<unsigned char>(id);
     }
     const auto fill = [&](tag_CELL_POINT& point) {
       const int odd[] = {0, kNoCell, cells + 1, cells + 2 + Below(9), 0xFFFE};
@@ -149,13 +148,7 @@ class RandomFile {
 
  private:
   int Below(int n) { return static_cast<int>(random_() % static_cast<unsigned>(n)); }
-  int IdAt(int cell) { return IdOf(info_.GetOriginalPGC().GetCellNode(cell)); }
-
-  template <class Cell>
-  void AddCell(tag_CELL_TYPE type, int id) {
-    auto* cell = static_cast<Cell*>(info_.GetOriginalPGC().AddCellNode(type)->CI);
-    cell->GetHeader().number_2 = static_cast<std::uint16_t>(id);
-  }
+  int IdAt(int cell) { return IdOf(*info_.GetOriginalPGC().GetCellNode(cell)); }
 
   void MoveCell(ChainEditor& editor, int cell, int to) {
     const int id = IdAt(cell);
