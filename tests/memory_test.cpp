@@ -34,12 +34,7 @@ struct Disc : CVMGInfo {
     return static_cast<CStillCell&>(*chain.AddCellNode(CELL_STILL)->CI);
   }
   const tag_VMGI_MAT_HEADER& Header() { return GetMAT().GetHeader(); }
-  Bytes Image() {
-    AutoComplete();
-    Bytes image(GetDataSize());
-    GetData(image.data());
-    return image;
-  }
+  Bytes Image() { return Completed<CVMGInfo>(*this); }
 };
 
 /// Expects an image to be refused, or to load, within the memory that its size justifies.
@@ -212,8 +207,6 @@ TEST(Memory, AnEditWithoutMemoryChangesNothing) {
          if (entry != nullptr) entry->EP_TY = 0x40;
          return entry != nullptr;
        }},
-      {"append a text item",
-       [](CVMGInfo& info) { return info.GetTextDataMgr().AddNode() != nullptr; }},
       {"set a text",
        [](CVMGInfo& info) {
          CTextSet& set = info.GetTextDataMgr()[0]->IT_TXT;

@@ -180,13 +180,11 @@ TEST_F(EditTest, KeepsTheFileWhenTheResultCannotBeWritten) {
   CTextDataMgr& texts = info->GetTextDataMgr();
   texts.Clear();
   std::vector<unsigned char> text(255, 'x');
-  for (int i = 0; i < 251; ++i) {  // 8 + 251 * (4 + 2 + 255) of 65,536 bytes
+  for (int i = 0; i < 253; ++i) {
     CTextSet& set = texts.AddNode()->IT_TXT;
     set.AddNode();
-    set.SetNode(0, {1, 255, text.data()});
+    if (i < 251) set.SetNode(0, {1, 255, text.data()});  // 8 + 251 * (4 + 2 + 255) of 65,536 bytes
   }
-  texts.AddNode()->IT_TXT.AddNode();
-  texts.AddNode()->IT_TXT.AddNode();
   info->AutoComplete();
   SaveInfo(disc, *info, false);
   const Bytes before = ReadInput(disc);

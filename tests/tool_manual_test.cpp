@@ -24,26 +24,19 @@ std::string ReadFile(const std::filesystem::path& path) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-class Parser {
- public:
-  Parser() { veska_tool::DeclareAll(tool_, run_); }
-  const CLI::App& Tool() const { return tool_; }
-
-  /// Each command with its long options.
-  std::map<std::string, std::set<std::string>> Options() const {
-    std::map<std::string, std::set<std::string>> options;
-    for (const auto* command : Commands()) {
-      for (const auto* option : tool_.get_subcommand(command->name)->get_options()) {
-        for (const auto& name : option->get_lnames()) options[command->name].insert("--" + name);
-      }
+/// Each command with its long options.
+std::map<std::string, std::set<std::string>> Options() {
+  CLI::App tool;
+  std::function<ExitStatus()> run;
+  veska_tool::DeclareAll(tool, run);
+  std::map<std::string, std::set<std::string>> options;
+  for (const auto* command : Commands()) {
+    for (const auto* option : tool.get_subcommand(command->name)->get_options()) {
+      for (const auto& name : option->get_lnames()) options[command->name].insert("--" + name);
     }
-    return options;
   }
-
- private:
-  CLI::App tool_{veska_tool::kToolSummary, "veska"};
-  std::function<ExitStatus()> run_;
-};
+  return options;
+}
 
 std::set<std::string> AllOf(const std::string& text, const std::string& pattern) {
   const std::regex regex(pattern);
@@ -62,7 +55,7 @@ TEST(Manual, DescribesEveryCommandAndOptionAndNoOther) {
     const std::string rest = i->suffix();
     sections[(*i)[1]] = rest.substr(0, rest.find("\n## "));
   }
-  for (const auto& [command, options] : Parser().Options()) {
+  for (const auto& [command, options] : Options()) {
     ASSERT_TRUE(sections.count(command)) << "docs/tool.md has no section for veska " << command;
     auto described = AllOf(sections[command], "`(--[a-z-]+)");
     described.insert("--help");  // of every command, at the top
@@ -110,7 +103,7 @@ TEST(Manual, ExamplesUseWhatThereIs) {
       if (entry.path().extension() == ".md") code += CodeOf(ReadFile(entry.path())) + "\n";
     }
   }
-  const auto options = Parser().Options();
+  const auto options = Options();
   const std::regex command_line("(?:^|\n|\\| )(?:\\$ )? *veska ([a-z]+)([^\n|]*)");
   int found = 0;
   for (std::sregex_iterator i(code.begin(), code.end(), command_line), end; i != end; ++i) {
