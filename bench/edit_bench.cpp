@@ -35,7 +35,8 @@ constexpr Edit kEdits[] = {
 /// A list of `count` records, as loaded.
 std::shared_ptr<List> Loaded(int count) {
   auto list = std::make_shared<List>();
-  std::memset(static_cast<void*>(list->Load(count)), 0, sizeof(VESKA::tag_VOBU_ENT) * count);
+  std::memset(static_cast<void*>(list->Load(count)), 0,
+              sizeof(VESKA::tag_VOBU_ENT) * static_cast<std::size_t>(count));
   return list;
 }
 
@@ -65,7 +66,8 @@ Timed MovePositions(int count) {
   auto positions = std::make_shared<std::vector<void*>>(count + 1);
   const auto run = [=] {
     for (int i = 0; i < kTimes; ++i) {
-      std::memmove(positions->data() + 1, positions->data(), sizeof(void*) * count);
+      std::memmove(positions->data() + 1, positions->data(),
+                   sizeof(void*) * static_cast<std::size_t>(count));
       benchmark::ClobberMemory();
     }
   };
