@@ -17,7 +17,7 @@ VESKA::CVMGInfo NewFile() {
   return info;
 }
 
-Image Finish(VESKA::CVMGInfo info, int records) {
+Image Finish(VESKA::CVMGInfo& info, int records) {
   info.AutoComplete();
   std::vector<unsigned char> bytes(info.GetDataSize());
   info.GetData(bytes.data());
@@ -72,19 +72,19 @@ Image TypicalRecording() {
     texts.AddNode();
     texts.SetNode(0, {0x30, sizeof title, title});
   }
-  return Finish(std::move(info), kVobus);
+  return Finish(info, kVobus);
 }
 
 Image VobuEntries(int vobus) {
   VESKA::CVMGInfo info = NewFile();
   AddVobs(info, vobus, (vobus + kMostVobus - 1) / kMostVobus);
-  return Finish(std::move(info), vobus);
+  return Finish(info, vobus);
 }
 
 Image SmallVobs() {
   VESKA::CVMGInfo info = NewFile();
   AddVobs(info, kSmallStructures, kSmallStructures);
-  return Finish(std::move(info), kSmallStructures);
+  return Finish(info, kSmallStructures);
 }
 
 Image SmallCells() {
@@ -92,7 +92,7 @@ Image SmallCells() {
   for (int i = 0; i < kSmallStructures; ++i) {
     (i % 4 == 3 ? AddStillCell : AddMovieCell)(info, i % 2, i % 16 == 0);
   }
-  return Finish(std::move(info), kSmallStructures);
+  return Finish(info, kSmallStructures);
 }
 
 Image StillGroups() {
@@ -107,5 +107,5 @@ Image StillGroups() {
       entries.AddNode()->S_VOB_ENT_TY = static_cast<std::uint8_t>(random() >> 10U & 0xC0U);
     }
   }
-  return Finish(std::move(info), kGroups * kEntries);
+  return Finish(info, kGroups * kEntries);
 }

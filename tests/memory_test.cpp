@@ -176,7 +176,7 @@ TEST(Memory, ALoadOrCopyWithoutMemoryFailsAndLeaksNothing) {
   EXPECT_EQ(round_trip::ImageOf(info), image);
   EXPECT_GT(FailAtEveryAllocation([&] {
               try {
-                const CVMGInfo local(info);
+                const CVMGInfo local(info);  // NOLINT(performance-unnecessary-copy-initialization)
                 copy = info;
                 return true;
               } catch (const std::bad_alloc&) {

@@ -123,6 +123,7 @@ TEST(ReportBitrate, GuessesTheFieldRateByTheClocks) {
 
 TEST(ReportDrawing, DrawsTheNarrowTogetherAndLeavesNothingOut) {
   std::vector<Stretch> stretches;
+  stretches.reserve(1001);
   for (int i = 0; i < 1000; ++i) {
     stretches.push_back({i * 0.5, i * 0.5 + 0.5, i % 2 == 0 ? "a" : "a odd", "s", "t"});
   }
@@ -146,7 +147,7 @@ TEST(ReportDrawing, DrawsTheNarrowTogetherAndLeavesNothingOut) {
 /// The page of a report, which has to say some things.
 std::string PageOf(CVMGInfo& info, std::initializer_list<const char*> parts,
                    const std::string& name = "disc.ifo") {
-  const std::string page = ReportPage(name, Completed(info), info, 0);
+  std::string page = ReportPage(name, Completed(info), info, 0);
   for (const char* part : parts) EXPECT_NE(page.find(part), std::string::npos) << part;
   return page;
 }

@@ -32,6 +32,7 @@ CPGCInfo::CellItem::CellItem(tag_CELL_TYPE type) {
 }
 
 // A copy does not take over the address.
+// NOLINTNEXTLINE(bugprone-copy-constructor-init)
 CPGCInfo::CellItem::CellItem(const CellItem& other) : tag_C_ITEM() {
   AsItsClass(other.CI, [this](const auto& cell) {
     CI = ::new (own_) std::remove_cvref_t<decltype(cell)>(cell);
