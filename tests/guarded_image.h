@@ -28,7 +28,7 @@ class GuardedImage {
 
   unsigned char* Place(const unsigned char* bytes, std::size_t size) {
     unsigned char* image = start_ + room_ - size;
-    std::memcpy(image, bytes, size);
+    if (size != 0) std::memcpy(image, bytes, size);
     return image;
   }
 
