@@ -10,12 +10,43 @@
 #include "temporary_folder.h"
 
 #ifndef _WIN32
+#include <dlfcn.h>
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+namespace {
+
+const char* failing_call = "";
+
+/// The system's own function of that name, unless it is to fail.
+template <class... Arguments>
+int CallSystem(const char* name, Arguments... arguments) {
+  if (std::string(name) != failing_call) {
+    return reinterpret_cast<int (*)(Arguments...)>(::dlsym(RTLD_NEXT, name))(arguments...);
+  }
+  errno = EIO;
+  return -1;
+}
+
+}  // namespace
+
+// These stand before the system's own in the test program.
+extern "C" {
+int fsync(int fd) { return CallSystem("fsync", fd); }
+int close(int fd) { return CallSystem("close", fd); }
+int flock(int fd, int operation) noexcept { return CallSystem("flock", fd, operation); }
+int sigpending(sigset_t* set) noexcept { return CallSystem("sigpending", set); }
+int fchmod(int fd, mode_t mode) noexcept { return CallSystem("fchmod", fd, mode); }
+int fchown(int fd, uid_t owner, gid_t group) noexcept {
+  return CallSystem("fchown", fd, owner, group);
+}
+// NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name)
+int rename(const char* from, const char* to) noexcept { return CallSystem("rename", from, to); }
+}
 #endif
 
 namespace VESKA {
@@ -269,6 +300,38 @@ TEST_F(SaveTest, AFullDiskChangesNothingAndRaisesNoSignal) {
 
   EXPECT_TRUE(save_within(image_.size(), old));
   EXPECT_EQ(ReadFile(old), image_);
+}
+
+TEST_F(SaveTest, AFailingSystemCallChangesNothing) {
+  const fs::path old = File("old");
+  for (const char* call : {"fsync", "close", "fchmod", "rename"}) {
+    failing_call = call;
+    const bool saved = info_.SaveToFile(old);
+    failing_call = "";
+    EXPECT_FALSE(saved) << call;
+    EXPECT_EQ(ReadFile(old), kOld) << call;
+    EXPECT_EQ(Contents().size(), 1U) << call;
+  }
+}
+
+TEST_F(SaveTest, WorksWhereTheSystemCannotLockOrTellSignals) {
+  for (const char* call : {"flock", "sigpending"}) {
+    const fs::path old = File("old");
+    failing_call = call;
+    const bool saved = info_.SaveToFile(old);
+    failing_call = "";
+    EXPECT_TRUE(saved && ReadFile(old) == image_) << call;
+  }
+}
+
+TEST_F(SaveTest, AFileThatCannotBeGivenAwayActsForNobodyElse) {
+  const fs::path old = File("old");
+  ::chmod(old.c_str(), 06755);
+  failing_call = "fchown";
+  EXPECT_TRUE(info_.SaveToFile(old));
+  failing_call = "";
+  EXPECT_EQ(ReadFile(old), image_);
+  EXPECT_EQ(static_cast<unsigned>(fs::status(old).permissions()), 0755U);
 }
 
 #endif

@@ -13,6 +13,14 @@ tag_IT_TXT TextRecord(unsigned code, Bytes& text) {
 
 const Bytes kTexts = Hex("01 03 414243 02 00");
 
+TEST(TextSet, HoldsNoMoreRecordsThanAListCan) {
+  CTextSet set;
+  Bytes image = Zeros(2 * 0x10000);
+  EXPECT_TRUE(set.Parse(image.data(), 2 * 0xFFFF));
+  EXPECT_EQ(set.GetCount(), 0xFFFF);
+  EXPECT_FALSE(set.Parse(image.data(), 2 * 0x10000));
+}
+
 TEST(TextSet, IsReadAndWrittenRecordByRecord) {
   CTextSet set, copy;
   Parse(set, kTexts, 7UL);

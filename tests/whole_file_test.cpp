@@ -84,6 +84,7 @@ TEST(FileNames, AreUtf16OrWhatThePlatformTakes) {
       {u"plain.ifo", "plain.ifo"},
       {u"\u00FCx.ifo", "\xC3\xBCx.ifo"},
       {u"\u9332\u753B.ifo", "\xE9\x8C\xB2\xE7\x94\xBB.ifo"},
+      {u"\uFF36.ifo", "\xEF\xBC\xB6.ifo"},
       {u"\U0001F4C0.ifo", "\xF0\x9F\x93\x80.ifo"}};
   for (const auto& [utf16, utf8] : kNames) {
     SCOPED_TRACE(utf8);
