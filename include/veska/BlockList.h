@@ -87,7 +87,7 @@ class BlockList : private RecordList<Record, Limit> {
   ~BlockList() { Clear(); }
 
   void Clear() {
-    for (Record& record : *this) Release(Block::Get(record));
+    ReleaseAll();
     Base::Clear();
   }
 
@@ -103,9 +103,16 @@ class BlockList : private RecordList<Record, Limit> {
   /// On an empty list: makes room for `count` records with blocks of `bytes` in all, which are then
   /// added and given their blocks. Returns the room for the blocks. Throws `std::bad_alloc`.
   unsigned char* Reserve(int count, std::uint64_t bytes) {
-    if (bytes > std::numeric_limits<std::uint32_t>::max()) throw std::bad_alloc();
-    Base::Reserve(count, static_cast<std::uint32_t>(bytes));
-    return Base::Spare();
+    Base::Reserve(count, SpareOf(bytes));
+    return Base::Spare().data();
+  }
+
+  /// Makes the list `count` records whose bytes the caller sets next, with blocks of `bytes` in
+  /// all.
+  unsigned char* Load(int count, std::uint64_t bytes) {
+    ReleaseAll();
+    Base::Load(count, SpareOf(bytes));
+    return Base::Spare().data();
   }
 
   /// Gives a new record a copy of the `size` bytes at `bytes`, which takes up that much of `room`.
@@ -136,11 +143,22 @@ class BlockList : private RecordList<Record, Limit> {
   }
 
  private:
+  static std::uint32_t SpareOf(std::uint64_t bytes) {
+    if (bytes > std::numeric_limits<std::uint32_t>::max()) throw std::bad_alloc();
+    return static_cast<std::uint32_t>(bytes);
+  }
+
+  void ReleaseAll() {
+    for (Record& record : *this) Release(Block::Get(record));
+  }
+
   void Release(unsigned char* block) {
+    if (block == nullptr) return;
     const std::less<unsigned char*> before;
-    unsigned char* spare = Base::Spare();
-    const bool loaded = !before(block, spare) && before(block, spare + Base::SpareSize());
-    if (!loaded) delete[] block;
+    const std::span<unsigned char> loaded = Base::Spare();
+    const bool is_loaded =
+        !before(block, loaded.data()) && before(block, loaded.data() + loaded.size());
+    if (!is_loaded) delete[] block;
   }
 };
 

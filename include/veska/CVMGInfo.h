@@ -135,7 +135,9 @@ class VESKA_API CVMGInfo {
   bool ReadsBack(const unsigned char* image, unsigned long size) const;
   bool PointsIntoMovieCell(const tag_CELL_POINT& point);
   void ConvertCellPoints();
+  unsigned long SizeOfOthers() const;  // of all but the original chain
   void Write(const ImageWriter& out);
+  void WriteOthers(const ImageWriter& out);
   void WriteCellPoints(const ImageWriter& out);
 
   CVMGI_MAT mat_;

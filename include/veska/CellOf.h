@@ -68,9 +68,10 @@ class CellOf : public CBaseCell {
 
  private:
   Entry* WithBlock(Entry* entry, int i, tag_CELL_ENTRY_TYPE type);
+  std::uint64_t WriteFirst(int count, const ImageWriter& out) const;
 
+  [[no_unique_address]] BlockList<Entry, 0xFFFF> entries_;  // the header takes its tail padding
   Header header_{};
-  BlockList<Entry, 0xFFFF> entries_;
 };
 
 extern template class VESKA_API CellOf<tag_M_C_GI, tag_M_C_EPI, CELL_MOVIE>;

@@ -10,6 +10,7 @@
 #include <memory>
 #include <new>
 #include <numeric>
+#include <span>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -122,26 +123,30 @@ class RecordList {
   /// them that `Spare` hands out. Otherwise does nothing. Throws `std::bad_alloc`.
   void Reserve(int count, std::uint32_t spare = 0) {
     if (count_ != 0 || edits_ != nullptr || count > Limit) return;
-    if (count <= capacity_ && spare <= spare_) return;
+    if (count <= capacity_ && spare <= Spare().size()) return;
     FreeBlock();
     count = std::max(count, kInline + 1);
-    const std::size_t size = Index(count) * sizeof(Record);
+    const std::size_t size = Index(count) * sizeof(Record) + sizeof spare;
     if (spare > std::numeric_limits<std::size_t>::max() - size) throw std::bad_alloc();
     room_.block = static_cast<Record*>(::operator new(size + spare));
     capacity_ = static_cast<std::uint16_t>(count);
-    spare_ = spare;
+    std::memcpy(BehindBlock(), &spare, sizeof spare);
   }
 
   /// The spare bytes of `Reserve`. They live until the list is cleared.
-  unsigned char* Spare() { return reinterpret_cast<unsigned char*>(Base() + capacity_); }
-  std::uint32_t SpareSize() const { return spare_; }
+  std::span<unsigned char> Spare() const {
+    if (!HasBlock()) return {};
+    std::uint32_t size = 0;
+    std::memcpy(&size, BehindBlock(), sizeof size);
+    return {BehindBlock() + sizeof size, size};
+  }
 
-  /// Makes the list `count` records whose bytes the caller sets next. For records that are plain
-  /// bytes.
-  Record* Load(int count) {
+  /// Makes the list `count` records whose bytes the caller sets next, and makes room for `spare`
+  /// bytes as `Reserve` does. For records that are plain bytes.
+  Record* Load(int count, std::uint32_t spare = 0) {
     static_assert(std::is_trivially_copyable_v<Record>);
     Clear();
-    Reserve(count);
+    Reserve(count, spare);
     count_ = static_cast<std::uint16_t>(count);
     return Base();
   }
@@ -166,7 +171,6 @@ class RecordList {
     std::swap(room_, copy.room_);
     std::swap(count_, copy.count_);
     std::swap(capacity_, copy.capacity_);
-    std::swap(spare_, copy.spare_);
   }
 
  private:
@@ -276,7 +280,10 @@ class RecordList {
   void FreeBlock() {
     if (HasBlock()) ::operator delete(room_.block);
     capacity_ = kInline;
-    spare_ = 0;
+  }
+  /// Where the size of the spare bytes stands, and then they.
+  unsigned char* BehindBlock() const {
+    return reinterpret_cast<unsigned char*>(room_.block + capacity_);
   }
 
   static std::size_t Index(int i) { return static_cast<std::size_t>(i); }
@@ -354,7 +361,6 @@ class RecordList {
   Edits* edits_ = nullptr;
   std::uint16_t count_ = 0;
   std::uint16_t capacity_ = kInline;  // records that fit into the base
-  std::uint32_t spare_ = 0;           // bytes behind them in the block
 };
 
 template <class Record, int Limit>

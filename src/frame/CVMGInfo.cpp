@@ -135,10 +135,11 @@ bool CVMGInfo::ReadsBack(const unsigned char* image, unsigned long size) const {
   return size <= std::uint64_t{read.GetDataSize()} + kLargestPadding;
 }
 
-unsigned long CVMGInfo::GetDataSize() const {
+unsigned long CVMGInfo::GetDataSize() const { return SizeOfOthers() + original_.GetDataSize(); }
+
+unsigned long CVMGInfo::SizeOfOthers() const {
   return mat_.GetDataSize() + movie_.GetDataSize() + still_.GetDataSize() +
-         original_.GetDataSize() + user_chains_.GetDataSize() + texts_.GetDataSize() +
-         manufacturers_.GetDataSize();
+         user_chains_.GetDataSize() + texts_.GetDataSize() + manufacturers_.GetDataSize();
 }
 
 unsigned char* CVMGInfo::AllocData() { return AllocateZeroed(GetDataSize()).release(); }
@@ -173,13 +174,25 @@ void CVMGInfo::AutoComplete() {
   header.VMG_EA = static_cast<std::uint32_t>(end - 1);
 }
 
-void CVMGInfo::GetData(unsigned char* out) { Write(ImageWriter(out, GetDataSize(), nullptr)); }
+// Adding up a chain of 60,000 cells takes half as long as writing it, so it is written first, which
+// tells its size. It needs no end while it starts no later than behind all others.
+void CVMGInfo::GetData(unsigned char* out) {
+  const std::uint32_t chain = mat_.GetHeader().ORG_PGCI_SA;
+  std::uint64_t size = SizeOfOthers();
+  if (chain > size) return Write(ImageWriter(out, size + original_.GetDataSize(), nullptr));
+  size += original_.Write(ImageWriter(out).At(chain));
+  WriteOthers(ImageWriter(out, size, nullptr));
+}
 
 void CVMGInfo::Write(const ImageWriter& out) {
+  original_.Write(out.At(mat_.GetHeader().ORG_PGCI_SA));
+  WriteOthers(out);
+}
+
+void CVMGInfo::WriteOthers(const ImageWriter& out) {
   const tag_VMGI_MAT_HEADER& header = mat_.GetHeader();
   movie_.Write(out.At(header.M_AVFIT_SA));
   still_.Write(out.At(header.S_AVFIT_SA));
-  original_.Write(out.At(header.ORG_PGCI_SA));
   user_chains_.Write(out.At(header.UD_PGCIT_SA));
   texts_.Write(out.At(header.TXTDT_MG_SA));
   manufacturers_.Write(out.At(header.MNFIT_SA));

@@ -34,7 +34,6 @@ void CellOf<Header, Entry, Type>::Clear() {
 
 template <class Header, class Entry, tag_CELL_TYPE Type>
 void CellOf<Header, Entry, Type>::Read(const ImageReader& image) {
-  CellOf::Clear();
   image.Copy(0, header_);
   const int count = header_.C_EPI_Ns;
   image.Spend(sizeof(Entry) * static_cast<std::uint64_t>(count));
@@ -46,18 +45,17 @@ void CellOf<Header, Entry, Type>::Read(const ImageReader& image) {
     end += EntrySize<Entry>(type);
     if (IsLongEntry(type)) blocks += kEntryBlockSize;
   }
-  image.Bytes(0, end);
+  const unsigned char* from = image.Bytes(0, end) + sizeof header_;
   image.Spend(blocks);
 
-  unsigned char* room = entries_.Reserve(count, blocks);
-  std::uint64_t position = sizeof header_;
-  for (int i = 0; i < count; ++i) {
-    Entry* entry = entries_.Add();
-    position = image.Copy(position, *entry);
-    if (!IsLongEntry(entry->EP_TY)) continue;
-    const unsigned char* block = image.Bytes(position, kEntryBlockSize);
-    entries_.SetFirstBlock(*entry, block, kEntryBlockSize, room);
-    position += kEntryBlockSize;
+  unsigned char* room = entries_.Load(count, blocks);
+  for (Entry& entry : entries_) {
+    CopyFields<kFields<Entry>>(reinterpret_cast<unsigned char*>(&entry), from);
+    from += kFileSize<Entry>;
+    entry.block = nullptr;
+    if (!IsLongEntry(entry.EP_TY)) continue;
+    entries_.SetFirstBlock(entry, from, kEntryBlockSize, room);
+    from += kEntryBlockSize;
   }
 }
 
@@ -89,24 +87,26 @@ unsigned long CellOf<Header, Entry, Type>::GetDataSize() const {
 
 template <class Header, class Entry, tag_CELL_TYPE Type>
 void CellOf<Header, Entry, Type>::GetData(unsigned char* out) {
-  Write(ImageWriter(out));
+  WriteFirst(GetCount(), ImageWriter(out));
 }
 
 template <class Header, class Entry, tag_CELL_TYPE Type>
 std::uint64_t CellOf<Header, Entry, Type>::Write(const ImageWriter& out) const {
+  return WriteFirst(header_.C_EPI_Ns, out);
+}
+
+template <class Header, class Entry, tag_CELL_TYPE Type>
+std::uint64_t CellOf<Header, Entry, Type>::WriteFirst(int count, const ImageWriter& out) const {
   static constexpr unsigned char kNoBlock[kEntryBlockSize] = {};
-  out.Put(0, header_);
-  std::uint64_t position = sizeof header_;
+  std::uint64_t position = out.Put(0, header_);
   for (const Entry& entry : entries_) {
-    out.Put(position, entry);
-    if (IsLongEntry(entry.EP_TY)) {
-      const unsigned char* block = entry.block;
-      out.PutBytes(position + kFileSize<Entry>, block != nullptr ? block : kNoBlock,
-                   kEntryBlockSize);
-    }
-    position += EntrySize<Entry>(entry.EP_TY);
+    if (count-- == 0) break;
+    position = out.Put(position, entry);
+    if (!IsLongEntry(entry.EP_TY)) continue;
+    const unsigned char* block = entry.block;
+    position = out.PutBytes(position, block != nullptr ? block : kNoBlock, kEntryBlockSize);
   }
-  return entries_.Count() == header_.C_EPI_Ns ? position : GetDataSize();
+  return position;
 }
 
 template class CellOf<tag_M_C_GI, tag_M_C_EPI, CELL_MOVIE>;
