@@ -227,8 +227,8 @@ void RegisterFileBenchmarks() {
     subjects.push_back(
         {std::to_string(vobus) + " VOBU entries", iterations, [=] { return VobuEntries(vobus); }});
   }
-  subjects.push_back({"60,000 VOBs of one VOBU", 60, SmallVobs, FloorOfVobs()});
-  subjects.push_back({"60,000 cells", 60, SmallCells, FloorOfCells()});
+  subjects.push_back({"60,000 VOBs of one VOBU", 200, SmallVobs, FloorOfVobs()});
+  subjects.push_back({"60,000 cells", 200, SmallCells, FloorOfCells()});
   subjects.push_back({"2,000 still groups", 60, StillGroups, FloorOfStillGroups()});
   for (Subject& subject : subjects) RegisterAll(subject);
 }

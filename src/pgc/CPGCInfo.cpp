@@ -67,11 +67,11 @@ void CPGCInfo::Read(const ImageReader& image) {
 
   const std::uint64_t pointers = sizeof header_ + sizeof(tag_PGI) * header_.PG_Ns;
   const std::uint64_t count = header_.CI_SRP_Ns;
-  image.Bytes(pointers, kAddressSize * count);
+  const unsigned char* pointer = image.Bytes(pointers, kAddressSize * count);
   image.Spend(sizeof(CellItem) * count);
   cells_.Reserve(header_.CI_SRP_Ns);
-  for (std::uint64_t i = 0; i < count; ++i) {
-    const std::uint32_t address = image.Long(pointers + kAddressSize * i);
+  for (std::uint64_t i = 0; i < count; ++i, pointer += kAddressSize) {
+    const auto address = FromFile<std::uint32_t>(pointer);
     const bool is_still = image.Byte(std::uint64_t{address} + 1) >= kFirstStillKind;
     CellItem* item = cells_.Add(is_still ? CELL_STILL : CELL_MOVIE);
     item->CI_SA = address;

@@ -36,6 +36,7 @@ template <class Header, class Entry, tag_CELL_TYPE Type>
 void CellOf<Header, Entry, Type>::Read(const ImageReader& image) {
   image.Copy(0, header_);
   const int count = header_.C_EPI_Ns;
+  if (count == 0) return entries_.Clear();
   image.Spend(sizeof(Entry) * static_cast<std::uint64_t>(count));
 
   std::uint64_t end = sizeof header_;
@@ -99,11 +100,10 @@ template <class Header, class Entry, tag_CELL_TYPE Type>
 std::uint64_t CellOf<Header, Entry, Type>::WriteFirst(int count, const ImageWriter& out) const {
   static constexpr unsigned char kNoBlock[kEntryBlockSize] = {};
   std::uint64_t position = out.Put(0, header_);
-  for (const Entry& entry : entries_) {
-    if (count-- == 0) break;
-    position = out.Put(position, entry);
-    if (!IsLongEntry(entry.EP_TY)) continue;
-    const unsigned char* block = entry.block;
+  for (auto entry = entries_.begin(); count != 0 && entry != entries_.end(); --count, ++entry) {
+    position = out.Put(position, *entry);
+    if (!IsLongEntry(entry->EP_TY)) continue;
+    const unsigned char* block = entry->block;
     position = out.PutBytes(position, block != nullptr ? block : kNoBlock, kEntryBlockSize);
   }
   return position;
