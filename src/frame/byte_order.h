@@ -153,10 +153,12 @@ inline constexpr PairMasks<Record> kPairMasks;
 template <class Record, std::size_t start>
 void CopyVector(unsigned char* __restrict to, const unsigned char* __restrict from) {
   constexpr const PairMasks<Record>& kMasks = kPairMasks<Record>;
+  const unsigned char* next = from + 1;
+  const unsigned char* previous = from - 1;
   for (std::size_t i = start; i < start + kVector; ++i) {
-    to[i] = static_cast<unsigned char>((from[i] & kMasks.stay[i]) |
-                                       (from[i + 1] & kMasks.from_next[i]) |
-                                       (*(from + i - 1) & kMasks.from_previous[i]));
+    to[i] =
+        static_cast<unsigned char>((from[i] & kMasks.stay[i]) | (next[i] & kMasks.from_next[i]) |
+                                   (previous[i] & kMasks.from_previous[i]));
   }
 }
 

@@ -1,39 +1,30 @@
-#include <CLI/CLI.hpp>
+#include <memory>
 #include <nlohmann/json.hpp>
 
 #include "command.h"
+#include "in_out.h"
 #include "json_tree.h"
 #include "tool_io.h"
 
 namespace veska_tool {
 namespace {
 
-struct Options {
-  std::string input;
-  std::string output;
-  bool force = false;
-};
-
-ExitStatus RunBuild(const Options& options) {
-  CheckOutput(options.output, options.force);
-  const Bytes bytes = ReadInput(options.input);
-  const std::string where = NameOfInput(options.input);
+ExitStatus RunBuild(const InOut& files) {
+  CheckOutput(files.output, files.force);
+  const Bytes bytes = ReadInput(files.input);
+  const std::string where = NameOfInput(files.input);
   const Json document = ParseJson(std::string(bytes.begin(), bytes.end()), where);
   VESKA::CVMGInfo info;
   Build(document, where, info);
-  SaveInfo(options.output, info, options.force);
+  SaveInfo(files.output, info, files.force);
   return ExitStatus::kDone;
 }
 
 std::function<ExitStatus()> Declare(CLI::App& app) {
-  auto options = std::make_shared<Options>();
-  app.add_option("IN.json", options->input, "What `veska export` wrote; - is standard input")
-      ->required();
-  app.add_option("-o,--output", options->output, "Management file to write; - is standard output")
-      ->type_name("OUT.ifo")
-      ->required();
-  app.add_flag("--force", options->force, "Overwrite an existing OUT.ifo");
-  return [options] { return RunBuild(*options); };
+  auto files = std::make_shared<InOut>();
+  DeclareInOut(app, *files, {"IN.json", "What `veska export` wrote"},
+               {"OUT.ifo", kOutputFile.help});
+  return [files] { return RunBuild(*files); };
 }
 
 }  // namespace

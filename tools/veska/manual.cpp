@@ -107,6 +107,14 @@ std::string OptionWords(const CLI::App& app) {
   return words;
 }
 
+std::string OperationWords() {
+  std::string words;
+  for (const EditOperation& operation : EditOperations()) {
+    words += (words.empty() ? "" : " ") + std::string(operation.name);
+  }
+  return words;
+}
+
 /// Inside single quotes of a shell, in what describes an argument to zsh.
 std::string ZshText(const std::string& text) {
   std::string escaped;
@@ -137,6 +145,12 @@ std::string ZshOptions(const CLI::App& app) {
   return text;
 }
 
+std::string ZshArguments(const Command& command) {
+  if (std::string(command.name) != "edit") return " \\\n        '*:file:_files'";
+  return " \\\n        '1:file:_files' \\\n        '*:operation:{ compadd -- " + OperationWords() +
+         "; _files }'";
+}
+
 }  // namespace
 
 std::string ManualPage(const CLI::App& tool) {
@@ -165,10 +179,6 @@ std::string BashCompletion(const CLI::App& tool) {
     cases += std::string("    ") + command->name + ") words=\"" +
              OptionWords(AppOf(tool, *command)) + "\" ;;\n";
   }
-  std::string operations;
-  for (const EditOperation& operation : EditOperations()) {
-    operations += (operations.empty() ? "" : " ") + std::string(operation.name);
-  }
   return "# Completion of veska for bash. Made by veska help --bash.\n"
          "_veska() {\n"
          "  local current=${COMP_WORDS[COMP_CWORD]} words\n"
@@ -188,7 +198,7 @@ std::string BashCompletion(const CLI::App& tool) {
          "    mapfile -t COMPREPLY < <(compgen -f -- \"$current\")\n"
          "    [[ ${COMP_WORDS[1]} != edit || $COMP_CWORD -eq 2 ]] ||\n"
          "      COMPREPLY+=($(compgen -W \"" +
-         operations +
+         OperationWords() +
          "\" -- \"$current\"))\n"
          "  fi\n"
          "}\n"
@@ -201,7 +211,7 @@ std::string ZshCompletion(const CLI::App& tool) {
   for (const Command* command : Commands()) {
     commands += std::string("    '") + command->name + ":" + ZshText(command->summary) + "'\n";
     cases += std::string("    ") + command->name + ")\n      _arguments" +
-             ZshOptions(AppOf(tool, *command)) + " \\\n        '*:file:_files'\n      ;;\n";
+             ZshOptions(AppOf(tool, *command)) + ZshArguments(*command) + "\n      ;;\n";
   }
   return "#compdef veska\n"
          "# Completion of veska for zsh. Made by veska help --zsh.\n"

@@ -4,17 +4,15 @@
 
 #include "bitrate.h"
 #include "command.h"
+#include "in_out.h"
 #include "report_page.h"
 #include "tool_io.h"
 
 namespace veska_tool {
 namespace {
 
-struct Options {
-  std::string input;
-  std::string output;
+struct Options : InOut {
   std::string field_rate;
-  bool force = false;
 };
 
 /// 0 when it is to be told from the file.
@@ -36,15 +34,11 @@ ExitStatus Run(const Options& options) {
 
 std::function<ExitStatus()> Declare(CLI::App& app) {
   auto options = std::make_shared<Options>();
-  app.add_option("FILE", options->input, "A management file; - is standard input")->required();
-  app.add_option("-o,--output", options->output, "The page to write; - is standard output")
-      ->type_name("OUT.html")
-      ->required();
+  DeclareInOut(app, *options, {"FILE", kInputFile.help}, {"OUT.html", "The page to write"});
   app.add_option("--field-rate", options->field_rate,
                  "Video fields a second; told from the clock values of the VOBs unless given")
       ->type_name("RATE")
       ->check(CLI::IsMember({"50", "59.94"}));
-  app.add_flag("--force", options->force, "Overwrite an existing page");
   return [options] { return Run(*options); };
 }
 
