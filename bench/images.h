@@ -14,8 +14,8 @@ Image TypicalRecording();
 Image VobuEntries(int vobus);
 /// 60,000 VOBs of one VOBU.
 Image SmallVobs();
-/// 60,000 cells, a quarter of them still cells; every other one has an entry point, some a long
-/// one.
+/// 60,000 cells, a quarter of them still cells; more than half of them with an entry point, some
+/// with a long one.
 Image SmallCells();
 /// 2,000 still groups of 200 entries whose forms are mixed at random.
 Image StillGroups();

@@ -19,7 +19,6 @@ function(veska_add_library target kind)
   set_target_properties(
     ${target}
     PROPERTIES OUTPUT_NAME veska
-               LINKER_LANGUAGE CXX
                POSITION_INDEPENDENT_CODE ON
                CXX_VISIBILITY_PRESET hidden
                VISIBILITY_INLINES_HIDDEN ON)

@@ -53,7 +53,7 @@ class EditScript {
   }
   void Fill(VESKA::tag_A_MNFI_ITEM*) {}
 
-  /// Adds, inserts or deletes a record of a list with at most `limit` of them.
+  /// Adds, inserts or deletes a record of a list of `count`.
   template <class Add, class Insert, class Delete>
   void EditList(int count, Add add, Insert insert, Delete erase) {
     const int i = Position(count);

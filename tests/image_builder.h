@@ -29,7 +29,7 @@ struct Bytes : std::vector<unsigned char> {
   }
   friend Bytes operator+(Bytes bytes, const Bytes& more) { return bytes += more; }
 
-  Bytes Part(std::size_t offset, std::size_t size) const {
+  Bytes Part(std::uint64_t offset, std::uint64_t size) const {
     const auto from = begin() + static_cast<std::ptrdiff_t>(offset);
     return {from, from + static_cast<std::ptrdiff_t>(size)};
   }

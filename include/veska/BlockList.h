@@ -61,6 +61,7 @@ class BlockList : private RecordList<Record, Limit> {
  public:
   using Base::Add;
   using Base::begin;
+  using Base::BlockSize;
   using Base::Count;
   using Base::end;
   using Base::Get;
@@ -110,8 +111,9 @@ class BlockList : private RecordList<Record, Limit> {
   /// Makes the list `count` records whose bytes the caller sets next, with blocks of `bytes` in
   /// all.
   unsigned char* Load(int count, std::uint64_t bytes) {
+    const std::uint32_t spare = SpareOf(bytes);
     ReleaseAll();
-    Base::Load(count, SpareOf(bytes));
+    Base::Load(count, spare);
     return Base::Spare().data();
   }
 

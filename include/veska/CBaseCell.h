@@ -10,7 +10,8 @@ class ImageReader;
 class ImageWriter;
 
 /// What a program chain knows of its cells. `GetType` names the class, `CMovieCell` or
-/// `CStillCell`, to which a pointer to a cell can be converted.
+/// `CStillCell`, to which a pointer to a cell can be converted. The operations are those of
+/// `CellOf`.
 class VESKA_API CBaseCell {
  public:
   CBaseCell() = default;

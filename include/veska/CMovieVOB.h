@@ -39,7 +39,7 @@ class VESKA_API CMovieVOB {
   void AutoComplete() { time_map_.AutoComplete(); }
   /// The size in the file in bytes, 0 when empty.
   unsigned long GetDataSize() const;
-  /// Writes the structure as its lists stand in file order at `out`. The addresses are those of the
+  /// Writes the structure as its lists stand in file order at `out`. The counts are those of the
   /// last `AutoComplete`: call it before, so that `GetDataSize()` bytes are enough.
   void GetData(unsigned char* out);
 

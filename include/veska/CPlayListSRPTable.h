@@ -54,7 +54,7 @@ class VESKA_API CPlayListSRPTable {
   void AutoComplete();
   /// The size in the file in bytes: `PL_SRPT_EA` + 1.
   unsigned long GetDataSize() const;
-  /// Writes the structure as its lists stand in file order at `out`. The addresses are those of the
+  /// Writes the structure as its lists stand in file order at `out`. The counts are those of the
   /// last `AutoComplete`: call it before, so that `GetDataSize()` bytes are enough.
   void GetData(unsigned char* out);
 

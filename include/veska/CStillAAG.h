@@ -49,7 +49,7 @@ class VESKA_API CStillAAG {
   void AutoComplete();
   /// The size in the file in bytes, by the count in the header; 0 when empty.
   unsigned long GetDataSize() const;
-  /// Writes the structure as its lists stand in file order at `out`. The addresses are those of the
+  /// Writes the structure as its lists stand in file order at `out`. The counts are those of the
   /// last `AutoComplete`: call it before, so that `GetDataSize()` bytes are enough.
   void GetData(unsigned char* out);
   /// The sum of `PCKs` over all entries.

@@ -51,7 +51,7 @@ class VESKA_API CStillVOG {
   /// The size in the file in bytes, 0 when empty: that of the first entries as the header counts
   /// them.
   unsigned long GetDataSize() const;
-  /// Writes the structure as its lists stand in file order at `out`. The addresses are those of the
+  /// Writes the structure as its lists stand in file order at `out`. The counts are those of the
   /// last `AutoComplete`: call it before, so that `GetDataSize()` bytes are enough.
   void GetData(unsigned char* out);
   /// The sum of `PCKs` over all entries and of `EXT1_PCKs` over those that have it.

@@ -46,7 +46,7 @@ class VESKA_API CTextSet {
   /// as none. Does nothing when `i` is out of range or there is no memory.
   void SetNode(int i, const tag_IT_TXT& from);
 
-  /// Does nothing: a set has no derived fields.
+  /// Does nothing: `SetNode` sets the lengths.
   void AutoComplete() {}
   /// The size in the file in bytes: 2 and the length of the text for each.
   unsigned long GetDataSize() const;

@@ -35,9 +35,9 @@ class VESKA_API CTimeMapTable {
   bool Parse(unsigned char* const data);
 
   const tag_TMAP_GI& GetHeader() const { return header_; }
-  /// Sets `TM_OSF`.
+  /// Sets `TM_OSF`, which the library does not interpret.
   void SetTimeOffset(unsigned short value) { header_.TM_OSF = value; }
-  /// Sets `VOBU_ADR_OSF` to the low 32 bits of `value`.
+  /// Sets `VOBU_ADR_OSF` to the low 32 bits of `value`; not interpreted either.
   void SetAddrOffset(unsigned long value) {
     header_.VOBU_ADR_OSF = static_cast<std::uint32_t>(value);
   }
@@ -67,7 +67,7 @@ class VESKA_API CTimeMapTable {
   void AutoComplete();
   /// The size in the file in bytes, by the counts in the header; 0 when empty.
   unsigned long GetDataSize() const;
-  /// Writes the structure as its lists stand in file order at `out`. The addresses are those of the
+  /// Writes the structure as its lists stand in file order at `out`. The counts are those of the
   /// last `AutoComplete`: call it before, so that `GetDataSize()` bytes are enough.
   void GetData(unsigned char* out);
 

@@ -26,10 +26,11 @@ class ImageWriter;
 ///     info.AutoComplete();
 ///     return info.SaveToFile(path);
 ///
-/// The object owns its tables; copies are deep and share nothing. References to the tables stay
-/// valid as long as the object. It keeps no pointer into the data that it was loaded from. Failures
-/// are results: no exception leaves loading, saving or writing, and nothing is printed. One thread
-/// at a time.
+/// The object owns its tables; copies are deep, share nothing, and throw `std::bad_alloc` where
+/// there is no memory. The cells of a copy have no addresses until `AutoComplete`, which a copy
+/// therefore needs before it is written. References to the tables stay valid as long as the object.
+/// It keeps no pointer into the data that it was loaded from. Failures are results: no exception
+/// leaves loading, saving or writing, and nothing is printed. One thread at a time.
 class VESKA_API CVMGInfo {
  public:
   /// Which tables a load reads. The header, the play lists and the original program chain are
@@ -45,10 +46,11 @@ class VESKA_API CVMGInfo {
   };
 
   /// A bounded load of an image of n bytes builds at most `kBytesPerImageByte` * n bytes of memory,
-  /// each record counted at its size there, and fails when it would need more. Since every record
+  /// each record counted at its size there and each block of records at what is asked of the heap
+  /// for it, and fails when it would need more. Since every record
   /// that is read is paid for, this bounds the time as well: search pointers that all point at the
   /// same large structure run out of budget, however small the image. The largest honest ratio is
-  /// that of a text data manager whose items hold no texts: 4 bytes each in the file, 40 in memory.
+  /// that of a text data manager whose items hold no texts: 4 bytes each in the file, 48 in memory.
   /// With the buffer of a load by path the memory in use stays below 16 times the image.
   static constexpr unsigned kBytesPerImageByte = 14;
 
@@ -71,8 +73,8 @@ class VESKA_API CVMGInfo {
   bool LoadFromMemory(unsigned char* data, unsigned long size, unsigned char flags);
 
   /// Loads a regular file of less than 4 GiB by its zero-terminated UTF-16 name, in one read.
-  /// False, leaving the object as it is, when the path is null or not UTF-16 or the file cannot be
-  /// read; false as with the image of the file otherwise.
+  /// False, leaving the object as it is, when the path is null or, where names are bytes, not
+  /// UTF-16, or the file cannot be read; false as with the image of the file otherwise.
   bool LoadFromFile(const unsigned short* path, unsigned char flags);
   /// The same by the platform's own form of name.
   bool LoadFromFile(const std::filesystem::path& path, unsigned char flags);
@@ -82,17 +84,19 @@ class VESKA_API CVMGInfo {
   /// complete new one that was flushed to the disk; through a symbolic link, what the link names is
   /// replaced. A device is written directly.
   ///
-  /// False, leaving an existing file byte for byte as it was, when the path is null or not UTF-16;
-  /// when the image would not read back equal to this object, so that something would be lost
-  /// (counts or addresses that do not fit the lists, items without entries, texts past their 16-bit
-  /// addresses, a file of 4 GiB or more); when end addresses claim more than 32 KiB beyond what the
-  /// tables take; when the file is read-only or another writer holds it (an advisory lock on
-  /// POSIX); when writing fails or there is no memory. A missing identifier is saved as it stands.
+  /// False, leaving an existing file byte for byte as it was, when the path is null or, where names
+  /// are bytes, not UTF-16; when the image would not read back equal to this object, so that
+  /// something would be lost (counts or addresses that do not fit the lists, items without entries,
+  /// texts past their 16-bit addresses, a file of 4 GiB or more); when end addresses claim more
+  /// than 32 KiB beyond what the tables take; when the file is read-only or another writer holds it
+  /// (an advisory lock on POSIX); when writing fails or there is no memory. A missing identifier is
+  /// saved as it stands.
   bool SaveToFile(const unsigned short* path);
   /// The same by the platform's own form of name.
   bool SaveToFile(const std::filesystem::path& path);
 
-  /// The size of the image in bytes: the sum of the tables'.
+  /// The size of the image in bytes: the sum of the tables', which wraps where `unsigned long` has
+  /// 32 bits and end addresses claim more; `SaveToFile` refuses such an image.
   unsigned long GetDataSize() const;
   /// A buffer of `GetDataSize()` zero bytes, which the caller returns with `FreeData`. Null when
   /// there is no memory.
@@ -137,7 +141,8 @@ class VESKA_API CVMGInfo {
   void ConvertCellPoints();
   unsigned long SizeOfOthers() const;  // of all but the original chain
   void Write(const ImageWriter& out);
-  void WriteOthers(const ImageWriter& out);
+  void WriteMaterial(const ImageWriter& out);
+  void WriteRest(const ImageWriter& out);
   void WriteCellPoints(const ImageWriter& out);
 
   CVMGI_MAT mat_;

@@ -39,7 +39,8 @@ class CellOf : public CBaseCell {
   /// The size in the file in bytes: the header and the first entry points as the header counts
   /// them.
   unsigned long GetDataSize() const override;
-  /// Writes the cell with all its entry points in file order at `out`.
+  /// Writes the cell with all its entry points in file order at `out`. Call `AutoComplete` before,
+  /// so that `GetDataSize()` bytes are enough.
   void GetData(unsigned char* out) override;
 
   Header& GetHeader() { return header_; }

@@ -60,7 +60,8 @@ class ItemIndex {
   /// The size in the file in bytes, 0 when empty: that of the first items as the header counts
   /// them.
   unsigned long GetDataSize() const;
-  /// Writes the index and its tables back to back at `out`; nothing when empty.
+  /// Writes the index and its tables back to back at `out`; nothing when empty. Call `AutoComplete`
+  /// before, so that `GetDataSize()` bytes are enough.
   void GetData(unsigned char* out);
 
   bool operator==(const ItemIndex& other) const;

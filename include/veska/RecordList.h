@@ -28,8 +28,8 @@ namespace VESKA {
 /// edit that disturbs that order adds an array of pointers, which holds the order from then on.
 ///
 /// Positions are 0-based. An operation that is given a position out of range, that would pass
-/// `Limit` or that finds no memory returns null or false and changes nothing. Only copying and
-/// `Reserve` throw (`std::bad_alloc`). One thread at a time.
+/// `Limit` or that finds no memory returns null or false and changes nothing. Only copying,
+/// `Reserve` and `Load` throw (`std::bad_alloc`). One thread at a time.
 template <class Record, int Limit>
 class RecordList {
   static_assert(Limit > 0 && Limit <= 0xFFFF, "counts in the file have at most 16 bits");
@@ -119,6 +119,13 @@ class RecordList {
     FreeBlock();
   }
 
+  /// What `Reserve` asks of the heap, in bytes.
+  static constexpr std::uint64_t BlockSize(int count, std::uint64_t spare = 0) {
+    if (count <= kInline && spare == 0) return 0;
+    const auto records = static_cast<std::uint64_t>(std::max(count, kInline + 1));
+    return records * sizeof(Record) + sizeof(std::uint32_t) + spare;
+  }
+
   /// On an empty list: makes room for `count` records in one block, and for `spare` bytes behind
   /// them that `Spare` hands out. Otherwise does nothing. Throws `std::bad_alloc`.
   void Reserve(int count, std::uint32_t spare = 0) {
@@ -126,9 +133,9 @@ class RecordList {
     if (count <= capacity_ && spare <= Spare().size()) return;
     FreeBlock();
     count = std::max(count, kInline + 1);
-    const std::size_t size = Index(count) * sizeof(Record) + sizeof spare;
-    if (spare > std::numeric_limits<std::size_t>::max() - size) throw std::bad_alloc();
-    room_.block = static_cast<Record*>(::operator new(size + spare));
+    const std::uint64_t size = BlockSize(count, spare);
+    if (size > std::numeric_limits<std::size_t>::max()) throw std::bad_alloc();
+    room_.block = static_cast<Record*>(::operator new(static_cast<std::size_t>(size)));
     capacity_ = static_cast<std::uint16_t>(count);
     std::memcpy(BehindBlock(), &spare, sizeof spare);
   }

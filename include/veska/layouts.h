@@ -17,7 +17,7 @@ namespace VESKA {
 /// What a field holds, and so how its bytes are converted between file and host order.
 enum class FieldKind : unsigned char {
   kNumber,     ///< an unsigned number of 1, 2, 4 or 8 bytes, big-endian in the file
-  kDerived,    ///< such a number that AutoComplete computes
+  kDerived,    ///< such a number that AutoComplete computes, or SetNode as the length of a text
   kClock,      ///< a `tag_SCR`: a 4-byte number, then a 2-byte number
   kCellPoint,  ///< a `tag_CELL_POINT`: a 2-byte number, then a position of 6 bytes that the file
                ///< object converts, since its layout depends on the cell that it points into

@@ -268,10 +268,10 @@ static_assert(sizeof(tag_AGAPI) == 16);
 
 /// The header of a time map.
 struct tag_TMAP_GI {
-  std::uint16_t TM_ENT_Ns;     ///< number of time entries; derived
-  std::uint16_t VOBU_ENT_Ns;   ///< number of VOBU entries; derived
-  std::uint16_t TM_OSF;        ///< time offset
-  std::uint32_t VOBU_ADR_OSF;  ///< address offset
+  std::uint16_t TM_ENT_Ns;     ///< number of time entries, 0 to 65,535; derived
+  std::uint16_t VOBU_ENT_Ns;   ///< number of VOBU entries, 0 to 65,535; derived
+  std::uint16_t TM_OSF;        ///< time offset; not interpreted
+  std::uint32_t VOBU_ADR_OSF;  ///< address offset; not interpreted
 
   bool operator==(const tag_TMAP_GI&) const = default;
 };
@@ -451,7 +451,7 @@ static_assert(sizeof(tag_IT_TXT) == 2 + sizeof(void*));
 
 /// The header of the manufacturer information table.
 struct tag_MNFITI {
-  std::uint16_t MNFI_Ns;   ///< number of manufacturer informations; derived
+  std::uint16_t MNFI_Ns;   ///< number of manufacturer informations, 0 to 65,535; derived
   std::uint32_t MNFIT_EA;  ///< end address of the table, from its start; derived
   unsigned char LAST_MNF_ID[32];
 

@@ -1,6 +1,7 @@
 #include <veska/CVMGInfo.h>
 
 #include <cstdlib>
+#include <limits>
 #include <memory>
 
 #include "frame/file.h"
@@ -174,25 +175,39 @@ void CVMGInfo::AutoComplete() {
   header.VMG_EA = static_cast<std::uint32_t>(end - 1);
 }
 
-// Adding up a chain of 60,000 cells takes half as long as writing it, so it is written first, which
-// tells its size. It needs no end while it starts no later than behind all others.
+// Adding up a chain of 60,000 cells takes half as long as writing it. Where it stands as
+// AutoComplete places it, it lies within the image whatever its size is, and writing it tells the
+// size that bounds all others. Where the size may not fit its type, it is added up all the same:
+// then the buffer has what is left of it.
 void CVMGInfo::GetData(unsigned char* out) {
-  const std::uint32_t chain = mat_.GetHeader().ORG_PGCI_SA;
-  std::uint64_t size = SizeOfOthers();
-  if (chain > size) return Write(ImageWriter(out, size + original_.GetDataSize(), nullptr));
-  size += original_.Write(ImageWriter(out).At(chain));
-  WriteOthers(ImageWriter(out, size, nullptr));
+  constexpr bool kSizesFit = std::numeric_limits<unsigned long>::digits == 64;
+  const tag_VMGI_MAT_HEADER& header = mat_.GetHeader();
+  const unsigned long movie = mat_.GetDataSize();
+  const unsigned long still = movie + movie_.GetDataSize();
+  const unsigned long chain = still + still_.GetDataSize();
+  const bool in_place =
+      header.M_AVFIT_SA == movie && header.S_AVFIT_SA == still && header.ORG_PGCI_SA == chain;
+  if (!kSizesFit || !in_place) return Write(ImageWriter(out, GetDataSize(), nullptr));
+
+  const std::uint64_t size = SizeOfOthers() + original_.Write(ImageWriter(out).At(chain));
+  const ImageWriter image(out, size, nullptr);
+  WriteMaterial(image);
+  WriteRest(image);
 }
 
 void CVMGInfo::Write(const ImageWriter& out) {
+  WriteMaterial(out);
   original_.Write(out.At(mat_.GetHeader().ORG_PGCI_SA));
-  WriteOthers(out);
+  WriteRest(out);
 }
 
-void CVMGInfo::WriteOthers(const ImageWriter& out) {
+void CVMGInfo::WriteMaterial(const ImageWriter& out) {
+  movie_.Write(out.At(mat_.GetHeader().M_AVFIT_SA));
+  still_.Write(out.At(mat_.GetHeader().S_AVFIT_SA));
+}
+
+void CVMGInfo::WriteRest(const ImageWriter& out) {
   const tag_VMGI_MAT_HEADER& header = mat_.GetHeader();
-  movie_.Write(out.At(header.M_AVFIT_SA));
-  still_.Write(out.At(header.S_AVFIT_SA));
   user_chains_.Write(out.At(header.UD_PGCIT_SA));
   texts_.Write(out.At(header.TXTDT_MG_SA));
   manufacturers_.Write(out.At(header.MNFIT_SA));

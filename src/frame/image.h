@@ -77,7 +77,7 @@ class ImageReader {
     const auto records = static_cast<std::size_t>(count);
     const std::uint64_t size = std::uint64_t{records} * sizeof(Record);
     const unsigned char* from = Bytes(offset, size);
-    Spend(size);
+    Spend(list.BlockSize(count));
     CopyRecords<Record>(reinterpret_cast<unsigned char*>(list.Load(count)), from, records);
     return offset + size;
   }

@@ -19,7 +19,7 @@ void ReadItems(const ImageReader& image, std::uint64_t pointers, int count,
                RecordList<Item, Limit>& items) {
   const auto n = static_cast<std::uint64_t>(count);
   image.Bytes(pointers, kAddressSize * n);
-  image.Spend(sizeof(Item) * n);
+  image.Spend(items.BlockSize(count));
   items.Reserve(count);
   for (std::uint64_t i = 0; i < n; ++i) {
     Item* item = items.Add();

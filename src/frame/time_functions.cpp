@@ -28,7 +28,7 @@ int DayOfWeek(int year, int month, int day) {
   const int leap_day = month > 2 && IsLeapYear(year) ? 1 : 0;
   const int past = year - 1;
   return (year + past / 4 - past / 100 + past / 400 + kDaysBefore[month - 1] + leap_day + day + 6) %
-         7;  // 6 for -1, so that day 0 of year 0 stays above 0
+         7;  // one day less is six more, so that nothing is ever below 0
 }
 
 // The fields of a recording time, a number of 40 bits: where each begins, and its width.

@@ -31,7 +31,7 @@ CPGCInfo::CellItem::CellItem(tag_CELL_TYPE type) {
   }
 }
 
-// A copy does not take over the address.
+// A copy does not take over the address: the copied chain is laid out anew.
 // NOLINTNEXTLINE(bugprone-copy-constructor-init)
 CPGCInfo::CellItem::CellItem(const CellItem& other) : tag_C_ITEM() {
   AsItsClass(other.CI, [this](const auto& cell) {
@@ -68,7 +68,7 @@ void CPGCInfo::Read(const ImageReader& image) {
   const std::uint64_t pointers = sizeof header_ + sizeof(tag_PGI) * header_.PG_Ns;
   const std::uint64_t count = header_.CI_SRP_Ns;
   const unsigned char* pointer = image.Bytes(pointers, kAddressSize * count);
-  image.Spend(sizeof(CellItem) * count);
+  image.Spend(cells_.BlockSize(header_.CI_SRP_Ns));
   cells_.Reserve(header_.CI_SRP_Ns);
   for (std::uint64_t i = 0; i < count; ++i, pointer += kAddressSize) {
     const auto address = FromFile<std::uint32_t>(pointer);

@@ -37,7 +37,6 @@ void CellOf<Header, Entry, Type>::Read(const ImageReader& image) {
   image.Copy(0, header_);
   const int count = header_.C_EPI_Ns;
   if (count == 0) return entries_.Clear();
-  image.Spend(sizeof(Entry) * static_cast<std::uint64_t>(count));
 
   std::uint64_t end = sizeof header_;
   std::uint64_t blocks = 0;
@@ -47,7 +46,7 @@ void CellOf<Header, Entry, Type>::Read(const ImageReader& image) {
     if (IsLongEntry(type)) blocks += kEntryBlockSize;
   }
   const unsigned char* from = image.Bytes(0, end) + sizeof header_;
-  image.Spend(blocks);
+  image.Spend(entries_.BlockSize(count, blocks));
 
   unsigned char* room = entries_.Load(count, blocks);
   for (Entry& entry : entries_) {

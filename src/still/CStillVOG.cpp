@@ -16,7 +16,7 @@ bool CStillVOG::Parse(unsigned char* const data) { return ParseTable(*this, data
 void CStillVOG::Read(const ImageReader& image) {
   Clear();
   image.Copy(0, header_);
-  image.Spend(sizeof(tag_S_VOB_ENT) * header_.S_VOB_Ns);
+  image.Spend(entries_.BlockSize(header_.S_VOB_Ns));
   entries_.Reserve(header_.S_VOB_Ns);
   std::uint64_t position = sizeof header_;
   for (int i = 0; i < header_.S_VOB_Ns; ++i) {

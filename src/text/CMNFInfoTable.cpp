@@ -31,7 +31,6 @@ void CMNFInfoTable::Read(const ImageReader& image) {
   Clear();
   image.Copy(0, header_);
   const int count = header_.MNFI_Ns;
-  image.Spend(sizeof(tag_A_MNFI_ITEM) * static_cast<std::uint64_t>(count));
   const auto address_of = [&](int i) {
     return image.Word(sizeof header_ + kPointerSize * static_cast<std::uint64_t>(i));
   };
@@ -45,7 +44,7 @@ void CMNFInfoTable::Read(const ImageReader& image) {
     image.Bytes(address_of(i), std::uint64_t{kFixedSize} + size_of(i));
     bytes += size_of(i);
   }
-  image.Spend(bytes);
+  image.Spend(items_.BlockSize(count, bytes));
 
   unsigned char* room = items_.Reserve(count, bytes);
   for (int i = 0; i < count; ++i) {

@@ -23,7 +23,7 @@ void CTextDataMgr::Read(const ImageReader& image) {
   image.Copy(0, header_);
   const std::uint64_t count = header_.IT_TXT_SRP_Ns;
   image.Bytes(sizeof header_, kPointerSize * count);
-  image.Spend(sizeof(tag_IT_TXT_ITEM) * count);
+  image.Spend(items_.BlockSize(header_.IT_TXT_SRP_Ns));
   items_.Reserve(header_.IT_TXT_SRP_Ns);
   for (std::uint64_t i = 0; i < count; ++i) {
     tag_IT_TXT_ITEM* item = items_.Add();

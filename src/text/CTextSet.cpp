@@ -22,7 +22,7 @@ void CTextSet::Read(const ImageReader& image, std::uint64_t size) {
   }
   image.Bytes(0, end);
   const std::uint64_t texts = end - kTextHeader * static_cast<std::uint64_t>(count);
-  image.Spend(sizeof(tag_IT_TXT) * static_cast<std::uint64_t>(count) + texts);
+  image.Spend(records_.BlockSize(count, texts));
 
   unsigned char* room = records_.Reserve(count, texts);
   for (std::uint64_t p = 0; p < end;) {

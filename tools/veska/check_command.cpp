@@ -150,6 +150,7 @@ std::function<ExitStatus()> Declare(CLI::App& app) {
                "Exit with 1 for warnings as well");
   app.add_option("--limit", options->limit,
                  "Print at most this many findings of each code, 0 for all")
+      ->type_name("N")
       ->capture_default_str();
   return [options] { return CheckFiles(*options); };
 }

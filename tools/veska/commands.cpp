@@ -54,9 +54,20 @@ ExitStatus Report(const CLI::App& app, const CLI::ParseError& error) {
     const auto rest = app.remaining();
     what = rest.empty() ? "a command is required" : "no command is named " + rest.front();
   }
-  std::replace(what.begin(), what.end(), '\n', ' ');
   Message("", what + " (see veska" + name + " --help)");
   return ExitStatus::kUsage;
+}
+
+/// Stands before an argument that begins with a bracket, which the parser would take apart.
+constexpr char kMark = '\x01';
+
+std::string Marked(const std::string& argument) {
+  const bool needs_mark = !argument.empty() && (argument[0] == '[' || argument[0] == kMark);
+  return needs_mark ? kMark + argument : argument;
+}
+
+std::string Unmarked(const std::string& argument) {
+  return argument.starts_with(kMark) ? argument.substr(1) : argument;
 }
 
 }  // namespace
@@ -105,6 +116,7 @@ void DeclareAll(CLI::App& app, std::function<ExitStatus()>& run) {
     CLI::App* sub = app.add_subcommand(command->name, command->summary);
     sub->footer(Footer(*command));
     const std::function<ExitStatus()> action = command->declare(*sub);
+    for (CLI::Option* option : sub->get_options()) option->transform(Unmarked);
     sub->final_callback([&run, action] { run = action; });
   }
 }
@@ -114,6 +126,7 @@ ExitStatus RunTool(std::vector<std::string> arguments) {
   std::function<ExitStatus()> run;
   DeclareAll(app, run);
   try {
+    std::transform(arguments.begin(), arguments.end(), arguments.begin(), Marked);
     std::reverse(arguments.begin(), arguments.end());  // as the parser takes them
     app.parse(std::move(arguments));
   } catch (const CLI::ParseError& error) {

@@ -38,7 +38,7 @@ ExitStatus RunDiff(const Options& options) {
 std::function<ExitStatus()> Declare(CLI::App& app) {
   auto options = std::make_shared<Options>();
   app.add_option("A", options->a, "First management file; - is standard input")->required();
-  app.add_option("B", options->b, "Second management file")->required();
+  app.add_option("B", options->b, "Second management file; - is standard input")->required();
   app.add_flag("--all", options->all, "Compare counts, sizes and addresses even if more differs");
   return [options] { return RunDiff(*options); };
 }

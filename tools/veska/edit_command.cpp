@@ -21,6 +21,8 @@ struct Options {
   bool force = false;
 };
 
+std::string BackupOf(const Options& options) { return options.input + ".bak"; }
+
 /// Where the result goes, and in place the file as it was: refused before any work is done.
 void CheckPlaces(const Options& options) {
   const auto fail = [](const std::string& what) {
@@ -32,15 +34,19 @@ void CheckPlaces(const Options& options) {
   if (!options.in_place && !has_output && !options.dry_run) {
     fail("-o OUT, --in-place or --dry-run has to say where the result goes");
   }
-  if (!options.dry_run) {
-    CheckOutput(options.in_place ? options.input + ".bak" : options.output, options.force);
+  if (options.dry_run) return;
+  CheckOutput(options.in_place ? BackupOf(options) : options.output, options.force);
+  std::error_code error;
+  if (options.in_place && fs::equivalent(PathOf(options.input), PathOf(BackupOf(options)), error)) {
+    throw Failure(ExitStatus::kFile, NameOfOutput(BackupOf(options)),
+                  "is the same file as " + NameOfInput(options.input));
   }
 }
 
 void Save(const Options& options, const Bytes& before, VESKA::CVMGInfo& info) {
   if (!options.in_place) return SaveInfo(options.output, info, options.force);
   ImageOf(options.input, info);
-  const std::string backup = options.input + ".bak";
+  const std::string backup = BackupOf(options);
   WriteOutput(backup, before, options.force);
   std::error_code error;
   const fs::perms permissions = fs::status(PathOf(options.input), error).permissions();
@@ -72,7 +78,8 @@ std::function<ExitStatus()> Declare(CLI::App& app) {
   auto options = std::make_shared<Options>();
   app.add_option("IN", options->input, "A management file; - is standard input")->required();
   app.add_option("OPERATION", options->words, "What to do, in this order; see below")->required();
-  app.add_option("-o,--output", options->output, "The file to write; - is standard output");
+  app.add_option("-o,--output", options->output, "The file to write; - is standard output")
+      ->type_name("OUT");
   app.add_flag("--in-place", options->in_place,
                "Write the result over IN, and keep what IN was as IN.bak");
   app.add_flag("--dry-run", options->dry_run, "Write nothing; show what would change");

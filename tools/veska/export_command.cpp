@@ -17,7 +17,8 @@ struct Options {
   bool force = false;
 };
 
-/// One compact line a file. Those that load are written even if others do not.
+/// One compact line a file. Those that load are written even if others do not, but nothing is
+/// overwritten for none.
 ExitStatus ExportLines(const Options& options) {
   std::string all;
   const ExitStatus status =
@@ -31,7 +32,7 @@ ExitStatus ExportLines(const Options& options) {
         }
         return ExitStatus::kDone;
       });
-  if (!IsStandard(options.output)) WriteOutput(options.output, all, options.force);
+  if (!all.empty()) WriteOutput(options.output, all, options.force);
   return status;
 }
 

@@ -112,6 +112,8 @@ void Findings::Add(Finding finding) {
   const std::size_t index = IndexOf(finding.code);
   const auto severity = static_cast<std::size_t>(kCatalogue[index].severity);
   ++by_table_[static_cast<std::size_t>(finding.table)][severity];
+  std::optional<Finding>& first = first_errors_[static_cast<std::size_t>(finding.table)];
+  if (kCatalogue[index].severity == Severity::kError && !first) first = finding;
   if (++counts_[index] <= limit_) kept_.push_back(std::move(finding));
 }
 
@@ -125,6 +127,11 @@ std::size_t Findings::Count(Severity severity) const {
 
 std::size_t Findings::Count(Severity severity, Table table) const {
   return by_table_[static_cast<std::size_t>(table)][static_cast<std::size_t>(severity)];
+}
+
+const Finding* Findings::FirstError(Table table) const {
+  const std::optional<Finding>& first = first_errors_[static_cast<std::size_t>(table)];
+  return first ? &*first : nullptr;
 }
 
 std::size_t Findings::Omitted(Code code) const {
@@ -145,6 +152,7 @@ void Findings::Return(const Mark& mark) {
   kept_.erase(kept_.begin() + static_cast<std::ptrdiff_t>(mark.kept), kept_.end());
   counts_ = mark.counts;
   by_table_ = mark.by_table;
+  first_errors_ = mark.first_errors;
 }
 
 }  // namespace veska_tool

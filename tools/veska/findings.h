@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -122,6 +123,8 @@ class Findings {
   std::size_t Count(Code code) const;
   std::size_t Count(Severity severity) const;
   std::size_t Count(Severity severity, Table table) const;
+  /// The error that was found first in a table, kept whatever the limit; null when there is none.
+  const Finding* FirstError(Table table) const;
   /// How many findings of `code` were not kept.
   std::size_t Omitted(Code code) const;
   /// Orders what is kept by severity, the worst first, then by offset.
@@ -132,8 +135,9 @@ class Findings {
     std::size_t kept = 0;
     std::vector<std::size_t> counts;
     std::array<std::array<std::size_t, 3>, kTables> by_table{};
+    std::array<std::optional<Finding>, kTables> first_errors;
   };
-  Mark Here() const { return {kept_.size(), counts_, by_table_}; }
+  Mark Here() const { return {kept_.size(), counts_, by_table_, first_errors_}; }
   void Return(const Mark& mark);
 
  private:
@@ -141,6 +145,7 @@ class Findings {
   std::vector<Finding> kept_;
   std::vector<std::size_t> counts_ = std::vector<std::size_t>(Catalogue().size());
   std::array<std::array<std::size_t, 3>, kTables> by_table_{};  // by severity
+  std::array<std::optional<Finding>, kTables> first_errors_;
 };
 
 }  // namespace veska_tool

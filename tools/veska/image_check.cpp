@@ -379,14 +379,11 @@ void Checker::CheckLoading() {
   for (const TableLoad& load : kLoads) {
     std::vector<unsigned char> only = OnlyTable(load.table);
     if (Loads(*info, only, load.flag)) continue;
-    const auto kept = findings_.Kept();
-    const auto cause = std::find_if(kept.begin(), kept.end(), [&](const Finding& finding) {
-      return finding.table == load.table && EntryOf(finding.code).severity == Severity::kError;
-    });
-    const bool is_known = cause != kept.end();
-    findings_.Add({Code::kDoesNotLoad, load.table, NameOf(load.table), is_known ? cause->offset : 0,
-                   is_known ? cause->path + ": " + EntryOf(cause->code).title
-                            : "it needs more memory than its size allows",
+    const Finding* cause = findings_.FirstError(load.table);
+    findings_.Add({Code::kDoesNotLoad, load.table, NameOf(load.table),
+                   cause != nullptr ? cause->offset : 0,
+                   cause != nullptr ? cause->path + ": " + EntryOf(cause->code).title
+                                    : "it needs more memory than its size allows",
                    ""});
   }
   if (findings_.Count(Severity::kError) != 0) return;

@@ -310,7 +310,7 @@ Json ParseJson(const std::string& text, const std::string& where) {
   Json document;
   try {
     document = Json::parse(text, std::ref(watch));
-  } catch (const Json::parse_error& error) {
+  } catch (const Json::exception& error) {  // no JSON, or a number too large
     const std::string what = error.what();  // "[json.exception...] parse error at line 1, ..."
     const std::size_t start = what.find("] ");
     throw Failure(ExitStatus::kFound, where,

@@ -133,7 +133,9 @@ std::string ZshText(const std::string& text) {
 std::string ZshOptions(const CLI::App& app) {
   std::string text;
   for (const CLI::Option* option : OptionsOf(app, false)) {
-    const std::string value = IsFlag(*option) ? "" : ":" + ZshText(Value(*option)) + ":_files";
+    const bool is_file = Value(*option).starts_with("OUT");
+    const std::string value =
+        IsFlag(*option) ? "" : ":" + ZshText(Value(*option)) + ":" + (is_file ? "_files" : "");
     const std::string description = "[" + ZshText(option->get_description()) + "]";
     const auto add = [&](const char* dashes, const std::string& name) {
       text.append(" \\\n        '").append(dashes).append(name);

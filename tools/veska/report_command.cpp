@@ -35,10 +35,11 @@ ExitStatus Run(const Options& options) {
 std::function<ExitStatus()> Declare(CLI::App& app) {
   auto options = std::make_shared<Options>();
   DeclareInOut(app, *options, {"FILE", kInputFile.help}, {"OUT.html", "The page to write"});
-  app.add_option("--field-rate", options->field_rate,
-                 "Video fields a second; told from the clock values of the VOBs unless given")
+  app.add_option(
+         "--field-rate", options->field_rate,
+         "Video fields a second, 50 or 59.94; told from the clock values of the VOBs unless given")
       ->type_name("RATE")
-      ->check(CLI::IsMember({"50", "59.94"}));
+      ->check(CLI::IsMember({"50", "59.94"}).description(""));
   return [options] { return Run(*options); };
 }
 

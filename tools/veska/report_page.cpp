@@ -11,8 +11,11 @@
 namespace veska_tool {
 namespace {
 
+constexpr std::size_t kLongestName = 255;
+
 void AddHead(Report& report) {
-  const std::string name = EscapeHtml(report.name);
+  const auto* bytes = reinterpret_cast<const unsigned char*>(report.name.data());
+  const std::string name = DiscText({bytes, report.name.size()}, kLongestName);
   report.page = R"(<!DOCTYPE html>
 <html lang="en">
 <head>

@@ -56,7 +56,7 @@ class SalvageReport {
     is_whole_ = false;
     lines_ += "  " + line + "\n";
   }
-  void EndTable(Table table) {
+  void EndTable(Table table, bool is_lost) {
     std::string counts;
     for (const Counted& count : counts_) {
       if (count.all == 0) continue;
@@ -64,6 +64,7 @@ class SalvageReport {
                 std::to_string(count.all) + " " + std::string(count.what);
     }
     if (counts.empty()) counts = table == Table::kHeader ? "read" : "nothing in it";
+    if (is_lost) counts = "lost";
     text_ += std::string(NameOf(table)) + ": " + counts + "\n" + lines_;
     counts_.clear();
     lines_.clear();
@@ -105,6 +106,7 @@ class Salvager {
   Children ChildrenOf(const Structure* structure) const;
   static const Structure* Find(const Children& children, Part part);
   void Lose(const Structure& structure, const std::string& what = "lost");
+  void EndTable(Table table);
   Buffer Copy(std::uint64_t offset, std::uint64_t size) const;
   template <class Record>
   Buffer EmptyTable(const Structure& table, std::initializer_list<const char*> counts) const;
@@ -181,6 +183,14 @@ void Salvager::Lose(const Structure& structure, const std::string& what) {
   report_.Lost(line);
 }
 
+/// Reports what was made of a table. One that is not in the file is not reported.
+void Salvager::EndTable(Table table) {
+  const Structure* structure = TableOf(table);
+  const bool is_lost = structure != nullptr && structure->state == State::kLost;
+  if (is_lost) Lose(*structure);
+  report_.EndTable(table, is_lost);
+}
+
 Buffer Salvager::Copy(std::uint64_t offset, std::uint64_t size) const {
   const auto bytes = image_.At(offset, size);
   return Buffer(bytes.begin(), bytes.end());
@@ -215,7 +225,7 @@ void Salvager::ReadHeader() {
     std::memcpy(mat.GetHeader().VMG_ID, kIdentifier, sizeof mat.GetHeader().VMG_ID);
     report_.Lost("the identifier is damaged, and was set");
   }
-  report_.EndTable(Table::kHeader);
+  EndTable(Table::kHeader);
 
   const Structure* table = TableOf(Table::kPlayLists);
   const Children children = ChildrenOf(table);
@@ -226,7 +236,7 @@ void Salvager::ReadHeader() {
                           [&](const tag_PL_SRP& record) {
                             if (auto* to = mat.GetPlayListTable().AddNode()) *to = record;
                           });
-  report_.EndTable(Table::kPlayLists);
+  EndTable(Table::kPlayLists);
 }
 
 // --- Movie table ---------------------------------------------------------------------------------
@@ -250,7 +260,7 @@ void Salvager::ReadMovieTable() {
     if (!ReadVob(*child, vobs.AddNode()->M_VOBI)) vobs.DeleteNode(vobs.GetCount() - 1);
   }
   report_.Count(static_cast<std::uint64_t>(vobs.GetCount()), all, "VOBs");
-  report_.EndTable(Table::kMovie);
+  EndTable(Table::kMovie);
 }
 
 /// False when the VOB cannot be kept: without entries in its time map it would take no bytes.
@@ -317,7 +327,7 @@ void Salvager::ReadStillTable() {
   }
   report_.Count(static_cast<std::uint64_t>(groups.GetCount()), all_groups, "groups");
   report_.Count(static_cast<std::uint64_t>(audio.GetCount()), all_audio, "audio groups");
-  report_.EndTable(Table::kStill);
+  EndTable(Table::kStill);
 }
 
 /// False when the group cannot be kept: without entries it would take no bytes.
@@ -344,22 +354,23 @@ bool Salvager::ReadGroup(const Structure& group, const char* count, Group& to) {
 
 void Salvager::ReadOriginalChain() {
   const Structure* table = TableOf(Table::kOriginalChain);
-  if (table == nullptr || table->state == State::kLost) {
+  if (table == nullptr) {
     report_.Lost("the chain is lost");
-  } else {
+  } else if (table->state != State::kLost) {
     const std::vector<bool> kept = ReadChain(*table, info_->GetOriginalPGC());
     ConvertCellPoints();
     TakeFromPrograms(info_->GetOriginalPGC(), kept, "");
     DropLostCells(kept);
   }
   ClearPointsToNoCell();
-  report_.EndTable(Table::kOriginalChain);
+  EndTable(Table::kOriginalChain);
 }
 
 void Salvager::ReadUserChains() {
   const Structure* table = TableOf(Table::kUserChains);
+  if (table == nullptr) return;
+  if (table->state == State::kLost) return EndTable(Table::kUserChains);
   const Children children = ChildrenOf(table);
-  if (children.empty()) return;
   CUserPGCTable& chains = info_->GetUserPGCTable();
   chains.Parse(EmptyTable<tag_UD_PGCITI>(*table, {"UD_PGCI_Ns"}).data());
   std::uint64_t all = 0;
@@ -379,7 +390,7 @@ void Salvager::ReadUserChains() {
     }
   }
   report_.Count(static_cast<std::uint64_t>(chains.GetCount()), all, "chains");
-  report_.EndTable(Table::kUserChains);
+  EndTable(Table::kUserChains);
 }
 
 /// Reads the chain that `holder` is made of. A cell that is lost keeps its place for now; false
@@ -529,8 +540,9 @@ void Salvager::ClearPointsToNoCell() {
 
 void Salvager::ReadTexts() {
   const Structure* table = TableOf(Table::kTexts);
+  if (table == nullptr) return;
+  if (table->state == State::kLost) return EndTable(Table::kTexts);
   const Children children = ChildrenOf(table);
-  if (children.empty()) return;
   CTextDataMgr& texts = info_->GetTextDataMgr();
   texts.Parse(EmptyTable<tag_TXTDITI>(*table, {"IT_TXT_SRP_Ns"}).data());
   std::uint64_t kept = 0;
@@ -547,7 +559,7 @@ void Salvager::ReadTexts() {
     ReadTextSet(*child, item->IT_TXT);
   }
   report_.Count(kept, all, "text sets");
-  report_.EndTable(Table::kTexts);
+  EndTable(Table::kTexts);
 }
 
 /// Reads the texts that lie in the set as a whole.
@@ -568,8 +580,9 @@ void Salvager::ReadTextSet(const Structure& set, CTextSet& to) {
 
 void Salvager::ReadManufacturers() {
   const Structure* table = TableOf(Table::kManufacturers);
+  if (table == nullptr) return;
+  if (table->state == State::kLost) return EndTable(Table::kManufacturers);
   const Children children = ChildrenOf(table);
-  if (children.empty()) return;
   CMNFInfoTable& manufacturers = info_->GetMNFInfoTable();
   manufacturers.Parse(EmptyTable<tag_MNFITI>(*table, {"MNFI_Ns"}).data());
   std::uint64_t all = 0;
@@ -589,7 +602,7 @@ void Salvager::ReadManufacturers() {
     }
   }
   report_.Count(static_cast<std::uint64_t>(manufacturers.GetCount()), all, "manufacturers");
-  report_.EndTable(Table::kManufacturers);
+  EndTable(Table::kManufacturers);
 }
 
 // --- All together --------------------------------------------------------------------------------

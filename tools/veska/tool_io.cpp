@@ -8,18 +8,18 @@
 #include <iostream>
 #include <system_error>
 
+#include "frame/file.h"
+
 #ifdef _WIN32
 #ifndef NOMINMAX
 #define NOMINMAX
 #endif
 #include <fcntl.h>
 #include <io.h>
-#include <process.h>
 #include <windows.h>
 // Behind windows.h, which it needs.
 #include <shellapi.h>
 #else
-#include <fcntl.h>
 #include <unistd.h>
 #endif
 
@@ -28,10 +28,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// As much as a management file's 32-bit addresses reach.
-constexpr std::uintmax_t kLargestFile = 0xFFFFFFFF;
-/// What comes from a stream has no size to look at before; no honest file is near this one.
-constexpr std::size_t kLargestStream = std::size_t{256} << 20U;
+/// No honest management file is near this size, and a stream does not tell its own.
+constexpr std::size_t kLargestInput = std::size_t{256} << 20U;
 constexpr std::size_t kChunk = std::size_t{1} << 16U;
 
 struct CloseFile {
@@ -44,24 +42,11 @@ File Open(const fs::path& path, const char* mode) {
   return File(::_wfopen(path.c_str(), std::wstring(mode, mode + std::strlen(mode)).c_str()));
 }
 void MakeBinary(std::FILE* stream) { ::_setmode(::_fileno(stream), _O_BINARY); }
-bool FlushToDisk(std::FILE* file) {
-  return std::fflush(file) == 0 && ::_commit(::_fileno(file)) == 0;
-}
 bool IsTerminal(std::FILE* stream) { return ::_isatty(::_fileno(stream)) != 0; }
-int ProcessId() { return ::_getpid(); }
-void FlushFolder(const fs::path&) {}  // moving a file there is flushed by itself
 #else
 File Open(const fs::path& path, const char* mode) { return File(std::fopen(path.c_str(), mode)); }
 void MakeBinary(std::FILE*) {}
-bool FlushToDisk(std::FILE* file) { return std::fflush(file) == 0 && ::fsync(::fileno(file)) == 0; }
 bool IsTerminal(std::FILE* stream) { return ::isatty(::fileno(stream)) != 0; }
-int ProcessId() { return ::getpid(); }
-void FlushFolder(const fs::path& folder) {
-  const int fd = ::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_CLOEXEC);
-  if (fd < 0) return;
-  ::fsync(fd);  // some file systems cannot, and need not
-  ::close(fd);
-}
 #endif
 
 std::string SystemMessage(int error) { return std::generic_category().message(error); }
@@ -74,69 +59,22 @@ std::string SystemMessage(int error) { return std::generic_category().message(er
   throw Failure(ExitStatus::kFile, where, "cannot be written: " + what);
 }
 
+/// By the reason that the system gave, where it gave one.
+[[noreturn]] void FailToWrite(const fs::path& path) {
+  FailToWrite(NameOf(path), errno != 0 ? SystemMessage(errno) : "saving failed");
+}
+
 Bytes ReadStream(std::FILE* stream, const std::string& where) {
   Bytes bytes;
   for (std::size_t count = kChunk; count == kChunk;) {
     const std::size_t before = bytes.size();
-    if (before > kLargestStream) FailToRead(where, "it is too large");
+    if (before > kLargestInput) FailToRead(where, "it is too large");
     bytes.resize(before + kChunk);
     count = std::fread(bytes.data() + before, 1, kChunk, stream);
     bytes.resize(before + count);
   }
   if (std::ferror(stream) != 0) FailToRead(where, SystemMessage(errno));
   return bytes;
-}
-
-bool WriteStream(std::FILE* stream, std::span<const unsigned char> bytes) {
-  return bytes.empty() || std::fwrite(bytes.data(), 1, bytes.size(), stream) == bytes.size();
-}
-
-/// What a path names in the end, through symbolic links, whether or not it exists.
-fs::path FollowLinks(fs::path path) {
-  constexpr int kMaxLinks = 40;
-  std::error_code error;
-  for (int i = 0; i < kMaxLinks && fs::is_symlink(path, error); ++i) {
-    const fs::path link = fs::read_symlink(path, error);
-    if (error) break;
-    path = link.is_absolute() ? link : path.parent_path() / link;
-  }
-  return path;
-}
-
-/// Removes the file that it names unless told to keep it.
-class Remover {
- public:
-  explicit Remover(const fs::path& path) : path_(path) {}
-  Remover(const Remover&) = delete;
-  Remover& operator=(const Remover&) = delete;
-  ~Remover() {
-    std::error_code error;
-    if (!keep_) fs::remove(path_, error);
-  }
-  void Keep() { keep_ = true; }
-
- private:
-  fs::path path_;
-  bool keep_ = false;
-};
-
-void ReplaceFile(const fs::path& target, bool exists, std::span<const unsigned char> bytes) {
-  const std::string where = NameOf(target);
-  fs::path beside = target;
-  beside += "." + std::to_string(ProcessId()) + ".new";
-  File file = Open(beside, "wb");
-  if (file == nullptr) FailToWrite(where, SystemMessage(errno));
-  Remover remover(beside);
-  std::error_code error;
-  if (exists) fs::permissions(beside, fs::status(target).permissions(), error);
-  const bool written = !error && WriteStream(file.get(), bytes) && FlushToDisk(file.get());
-  const int problem = error ? error.value() : errno;
-  const bool closed = std::fclose(file.release()) == 0;
-  if (!written || !closed) FailToWrite(where, SystemMessage(written ? errno : problem));
-  fs::rename(beside, target, error);
-  if (error) FailToWrite(where, error.message());
-  remover.Keep();
-  FlushFolder(target.parent_path());
 }
 
 bool Loads(VESKA::CVMGInfo& info, Bytes& bytes, unsigned flags) {
@@ -201,16 +139,7 @@ std::string NameOf(const fs::path& path) {
 #else
   const std::string text = path.string();
 #endif
-  std::string name;
-  for (const auto c : text) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (byte < 0x20 || byte == 0x7F) {
-      name += "\\x" + Hex({&byte, 1});
-    } else {
-      name.push_back(static_cast<char>(byte));
-    }
-  }
-  return name;
+  return Visible({text.begin(), text.end()});
 }
 
 bool IsStandard(const std::string& argument) { return argument == "-"; }
@@ -234,7 +163,7 @@ Bytes ReadInput(const std::string& file) {
   const fs::file_status status = fs::status(path, error);
   if (status.type() == fs::file_type::not_found) FailToRead(where, "there is no such file");
   if (fs::is_directory(status)) FailToRead(where, "it is a folder");
-  if (fs::is_regular_file(status) && fs::file_size(path, error) > kLargestFile && !error) {
+  if (fs::is_regular_file(status) && fs::file_size(path, error) > kLargestInput && !error) {
     FailToRead(where, "it is too large");
   }
   const File input = Open(path, "rb");
@@ -262,17 +191,9 @@ void WriteOutput(const std::string& file, std::span<const unsigned char> bytes, 
     return FlushStandardOutput();
   }
   CheckOutput(file, force);
-  const fs::path target = FollowLinks(PathOf(file));
-  std::error_code error;
-  const fs::file_status status = fs::status(target, error);
-  if (!fs::exists(status) || fs::is_regular_file(status)) {
-    return ReplaceFile(target, fs::exists(status), bytes);
-  }
-  File device = Open(target, "wb");
-  if (device == nullptr || !WriteStream(device.get(), bytes) ||
-      std::fclose(device.release()) != 0) {
-    FailToWrite(NameOf(target), SystemMessage(errno));
-  }
+  const fs::path path = PathOf(file);
+  errno = 0;
+  if (!VESKA::WriteWholeFile(path, bytes.data(), bytes.size())) FailToWrite(path);
 }
 
 void WriteOutput(const std::string& file, const std::string& text, bool force) {
@@ -315,9 +236,8 @@ void SaveInfo(const std::string& file, VESKA::CVMGInfo& info, bool force) {
   const Bytes image = ImageOf(file, info);
   if (IsStandard(file)) return WriteOutput(file, image, force);
   errno = 0;
-  if (!info.SaveToFile(PathOf(file))) {
-    FailToWrite(NameOf(PathOf(file)), errno != 0 ? SystemMessage(errno) : "saving failed");
-  }
+  const fs::path path = PathOf(file);
+  if (!info.SaveToFile(path)) FailToWrite(path);
 }
 
 void FlushStandardOutput() {
@@ -330,7 +250,7 @@ void FlushStandardOutput() {
 }
 
 void Message(const std::string& where, const std::string& what) {
-  std::cerr << "veska: " << (where.empty() ? "" : where + ": ") << what << "\n";
+  std::cerr << "veska: " << Visible(where.empty() ? what : where + ": " + what) << "\n";
 }
 
 bool OutputIsTerminal() { return IsTerminal(stdout); }
@@ -349,6 +269,22 @@ std::string Hex(std::span<const unsigned char> bytes) {
     text.push_back(kDigits[byte & 15U]);
   }
   return text;
+}
+
+std::string Visible(const std::string& text) {
+  std::string visible;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const auto byte = static_cast<unsigned char>(text[i]);
+    const auto next = static_cast<unsigned char>(i + 1 < text.size() ? text[i + 1] : 0);
+    const bool is_c1 = byte == 0xC2 && next >= 0x80 && next < 0xA0;  // in UTF-8
+    if (byte >= 0x20 && byte != 0x7F && !is_c1) {
+      visible.push_back(text[i]);
+      continue;
+    }
+    visible += "\\x" + Hex({&byte, 1});
+    if (is_c1) visible += "\\x" + Hex({&next, 1}), ++i;
+  }
+  return visible;
 }
 
 std::string Readable(std::span<const unsigned char> bytes) {

@@ -37,9 +37,8 @@ Bytes ReadInput(const std::string& file);
 /// works. Standard output and devices are never in the way.
 void CheckOutput(const std::string& file, bool force);
 
-/// Writes a whole file in one step: a new file beside the old, with its permissions, is flushed to
-/// the disk and renamed over it; when that fails it is removed and the old one is as it was. For
-/// "-" and devices, writes directly. Refuses to overwrite without `force`. Throws Failure.
+/// Writes a whole file in one step, so that it is either wholly the new one or as it was. For "-"
+/// and devices, writes directly. Refuses to overwrite without `force`. Throws Failure.
 void WriteOutput(const std::string& file, std::span<const unsigned char> bytes, bool force);
 void WriteOutput(const std::string& file, const std::string& text, bool force);
 
@@ -69,6 +68,9 @@ bool WantsColour();
 
 /// Two lower-case digits a byte.
 std::string Hex(std::span<const unsigned char> bytes);
+
+/// The text with its control characters as \xNN, so that it stays on its line.
+std::string Visible(const std::string& text);
 
 /// The bytes as text: printable ASCII as it is, all else as \xNN; the zeros at the end are left
 /// out.
