@@ -1,4 +1,5 @@
 // Cell numbers and programs stay in step with the cells, whatever is done to the original chain.
+#include <cell_points.h>
 #include <chain_editor.h>
 #include <gtest/gtest.h>
 #include <renumber.h>

@@ -4,6 +4,7 @@
 #include <new>
 #include <numeric>
 
+#include "cell_points.h"
 #include "renumber.h"
 
 namespace veska_tool {

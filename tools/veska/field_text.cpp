@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <string_view>
 
+#include "cell_points.h"
 #include "tool_io.h"
 
 namespace veska_tool {
@@ -38,7 +39,7 @@ std::string CellPointText(const Record& record, const Field& field, VESKA::CPGCI
   std::memcpy(&point, record.bytes + field.offset, sizeof point);
   const std::string bytes =
       ", position bytes " + Hex(FieldBytes(record, field).subspan(sizeof point.cell));
-  if (point.cell == 0xFFFF) return "no cell" + bytes;
+  if (point.cell == kNoCell) return "no cell" + bytes;
   const std::string cell = "cell " + std::to_string(point.cell);
   if (cells == nullptr) return cell + bytes;
   const VESKA::tag_C_ITEM* item = cells->GetCellNode(point.cell - 1);

@@ -82,6 +82,18 @@ inline void SetNumber(unsigned char* to, unsigned width, std::uint64_t value) {
   }
 }
 
+/// The big-endian number of `width` bytes that stands at `from`.
+inline std::uint64_t GetBigEndian(const unsigned char* from, unsigned width) {
+  std::uint64_t value = 0;
+  for (unsigned i = 0; i < width; ++i) value = value << 8U | from[i];
+  return value;
+}
+
+/// Stores the low `width` bytes of `value` at `to`, the highest first.
+inline void SetBigEndian(unsigned char* to, unsigned width, std::uint64_t value) {
+  for (unsigned i = width; i-- > 0; value >>= 8U) to[i] = static_cast<unsigned char>(value);
+}
+
 inline std::uint64_t GetNumber(const Record& record, const VESKA::Field& field) {
   return GetNumber(record.bytes + field.offset, field.width);
 }

@@ -32,9 +32,9 @@ class ImageBytes {
 
   /// The big-endian number of `width` bytes at `offset`.
   std::uint64_t Number(std::uint64_t offset, unsigned width) const {
-    std::uint64_t value = 0;
-    for (unsigned i = 0; i < width; ++i) value = value << 8U | Byte(offset + i);
-    return value;
+    unsigned char number[sizeof(std::uint64_t)] = {};
+    std::ranges::copy(At(offset, width), number);
+    return GetBigEndian(number, width);
   }
 
   std::uint8_t Byte(std::uint64_t offset) const {

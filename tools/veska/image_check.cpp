@@ -9,6 +9,7 @@
 #include <string>
 #include <utility>
 
+#include "cell_points.h"
 #include "table_walk.h"
 
 namespace veska_tool {
@@ -16,8 +17,6 @@ namespace veska_tool {
 using namespace VESKA;
 
 namespace {
-
-constexpr std::uint16_t kNoCell = 0xFFFF;
 
 /// The rules that the map alone does not settle.
 class Checker {
@@ -404,10 +403,8 @@ std::vector<unsigned char> Checker::OnlyTable(Table table) const {
   if (table != Table::kOriginalChain) {
     const std::size_t end = image.size();
     image.resize(end + kFileSize<tag_PGC_GI>);
-    for (unsigned i = 0; i < sizeof(tag_VMGI_MAT_HEADER::ORG_PGCI_SA); ++i) {
-      image[offsetof(tag_VMGI_MAT_HEADER, ORG_PGCI_SA) + i] =
-          static_cast<unsigned char>(end >> (24U - 8U * i));
-    }
+    SetBigEndian(&image[offsetof(tag_VMGI_MAT_HEADER, ORG_PGCI_SA)],
+                 sizeof(tag_VMGI_MAT_HEADER::ORG_PGCI_SA), end);
   }
   return image;
 }

@@ -1,8 +1,9 @@
 #include <algorithm>
-#include <limits>
+#include <cstring>
 #include <nlohmann/json.hpp>
 #include <set>
 
+#include "cell_points.h"
 #include "json_tree.h"
 #include "tree.h"
 
@@ -229,33 +230,26 @@ class Builder : public TreeWalker {
   /// The position as two numbers or as the bytes that they stand for: the cell may have become
   /// one of the other kind.
   void SetCellPoint(unsigned char* to, Positions positions) {
-    const std::uint64_t cell = Number("cell", 2);
-    SetNumber(to, 2, cell);
-    Bytes position;
-    if (current_.json->contains("base") || current_.json->contains("ext")) {
-      const std::uint64_t number = Number("base", 4) << 16U | Number("ext", 2);
-      for (unsigned i = 6; i-- > 0;)
-        position.push_back(static_cast<unsigned char>(number >> 8 * i));
+    VESKA::tag_CELL_POINT point{};
+    point.cell = static_cast<std::uint16_t>(Number("cell", 2));
+    const bool is_numbers = current_.json->contains("base") || current_.json->contains("ext");
+    if (is_numbers) {
+      point.position = static_cast<std::uint32_t>(Number("base", 4));
+      point.position_ext = static_cast<std::uint16_t>(Number("ext", 2));
     } else {
-      position = HexBytes("position", 6, 6);
+      const Bytes position = HexBytes("position", 6, 6);
+      std::memcpy(reinterpret_cast<unsigned char*>(&point) + 2, position.data(), position.size());
     }
-    if (positions == Positions::kByCell && IsMovieCell(cell)) {
-      SetNumber(to + 2, 4, FileNumber(position.data(), 4));
-      SetNumber(to + 6, 2, FileNumber(position.data() + 4, 2));
-    } else {
-      std::copy(position.begin(), position.end(), to + 2);
-    }
-  }
-  static std::uint64_t FileNumber(const unsigned char* bytes, unsigned width) {
-    std::uint64_t number = 0;
-    for (unsigned i = 0; i < width; ++i) number = number << 8U | bytes[i];
-    return number;
+    const bool to_numbers = positions == Positions::kByCell && IsMovieCell(point.cell);
+    if (is_numbers && !to_numbers) PositionToFileBytes(point);
+    if (!is_numbers && to_numbers) PositionToNumbers(point);
+    std::memcpy(to, &point, sizeof point);
   }
 
   /// By the document, since the cells stand behind most of the points into them. A mistake there is
   /// found when it is walked through.
   bool IsMovieCell(std::uint64_t cell) const {
-    if (cell == 0 || cell == 0xFFFF) return false;
+    if (cell == 0 || cell == kNoCell) return false;
     const Json::json_pointer type("/original_chain/cells/" + std::to_string(cell - 1) + "/type");
     return document_.contains(type) && document_[type] == "movie";
   }

@@ -1,5 +1,6 @@
 #include <nlohmann/json.hpp>
 
+#include "cell_points.h"
 #include "json_tree.h"
 #include "tree.h"
 
@@ -105,7 +106,7 @@ class Exporter : public TreeWalker {
   }
 
   bool IsMovieCell(std::uint64_t cell) {
-    if (cell == 0xFFFF) return false;
+    if (cell == kNoCell) return false;
     const VESKA::tag_C_ITEM* item = cells_.GetCellNode(static_cast<int>(cell) - 1);
     return item != nullptr && item->CI->GetType() == VESKA::CELL_MOVIE;
   }

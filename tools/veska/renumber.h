@@ -9,9 +9,6 @@
 
 namespace veska_tool {
 
-/// The number of a cell point that names no cell. So the 65,535th cell of a chain has no number.
-inline constexpr std::uint16_t kNoCell = 0xFFFF;
-
 /// A cell point that names no cell any more.
 struct LostReference {
   std::string holder;    ///< what holds the cell point: "play list 2"

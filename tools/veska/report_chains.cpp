@@ -1,8 +1,8 @@
 #include <algorithm>
 #include <vector>
 
+#include "cell_points.h"
 #include "html.h"
-#include "renumber.h"
 #include "report_charts.h"
 #include "report_parts.h"
 

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "cell_points.h"
 #include "findings.h"
 #include "image_bytes.h"
 #include "image_map.h"
@@ -24,17 +25,12 @@ constexpr char kIdentifier[] = "DVD_RTR_VMG0";
 
 using Buffer = std::vector<unsigned char>;
 
-void PutNumber(unsigned char* to, unsigned width, std::uint64_t value) {
-  for (unsigned i = 0; i < width; ++i)
-    to[i] = static_cast<unsigned char>(value >> 8 * (width - 1 - i));
-}
-
 /// Sets a number field of the record that stands `at` bytes into `bytes`.
 template <class Record>
 void SetField(Buffer& bytes, std::string_view name, std::uint64_t value, std::uint64_t at = 0) {
   for (const Field& field : kFields<Record>) {
     if (name == field.name)
-      PutNumber(&bytes[static_cast<std::size_t>(at) + field.offset], field.width, value);
+      SetBigEndian(&bytes[static_cast<std::size_t>(at) + field.offset], field.width, value);
   }
 }
 
@@ -382,7 +378,7 @@ void Salvager::ReadUserChains() {
       continue;
     }
     CPGCInfo& chain = chains.AddNode()->UD_PGCI;
-    const std::string where = "chain " + std::to_string(child->number) + ", ";
+    const std::string where = "user chain " + std::to_string(child->number) + ", ";
     const std::vector<bool> kept = ReadChain(*child, chain);
     TakeFromPrograms(chain, kept, where);
     for (std::size_t i = kept.size(); i-- > 0;) {
@@ -475,37 +471,13 @@ void Salvager::TakeFromPrograms(CPGCInfo& chain, const std::vector<bool>& kept,
   }
 }
 
-/// Calls `visit(cell point, its holder)` for the cell points whose positions the file object
-/// converts.
-template <class Visit>
-void VisitCellPoints(CVMGInfo& info, Visit&& visit) {
-  tag_VMGI_MAT_HEADER& header = info.GetMAT().GetHeader();
-  visit(header.cell_point_70, "header");
-  visit(header.cell_point_85, "header");
-  CPlayListSRPTable& play_lists = info.GetMAT().GetPlayListTable();
-  for (int i = 0; i < play_lists.GetCount(); ++i) {
-    visit(play_lists[i]->cell_point, "play list " + std::to_string(i + 1));
-  }
-  CPGCInfo& chain = info.GetOriginalPGC();
-  for (int i = 0; i < chain.GetPGCount(); ++i) {
-    visit(chain.GetPGNode(i)->cell_point, "program " + std::to_string(i + 1));
-  }
-}
-
 /// Makes numbers of the positions in movie cells, which were read as bytes.
 void Salvager::ConvertCellPoints() {
   CPGCInfo& chain = info_->GetOriginalPGC();
-  VisitCellPoints(*info_, [&](tag_CELL_POINT& point, const std::string&) {
+  VisitCellPoints(*info_, [&](tag_CELL_POINT& point, const std::string&, bool converts) {
     const tag_C_ITEM* item = point.cell != kNoCell ? chain.GetCellNode(point.cell - 1) : nullptr;
-    if (item == nullptr || item->CI->GetType() != CELL_MOVIE) return;
-    unsigned char bytes[sizeof(tag_CELL_POINT)];
-    std::memcpy(bytes, &point, sizeof bytes);
-    const ImageBytes position(
-        std::span<const unsigned char>(bytes).subspan(offsetof(tag_CELL_POINT, position)));
-    constexpr unsigned kBase = sizeof(tag_CELL_POINT::position);
-    point.position = static_cast<std::uint32_t>(position.Number(0, kBase));
-    point.position_ext =
-        static_cast<std::uint16_t>(position.Number(kBase, sizeof(tag_CELL_POINT::position_ext)));
+    if (!converts || item == nullptr || item->CI->GetType() != CELL_MOVIE) return;
+    PositionToNumbers(point);
   });
 }
 
@@ -526,9 +498,9 @@ void Salvager::DropLostCells(const std::vector<bool>& kept) {
 
 void Salvager::ClearPointsToNoCell() {
   const int cells = info_->GetOriginalPGC().GetCellCount();
-  VisitCellPoints(*info_, [&](tag_CELL_POINT& point, const std::string& holder) {
+  VisitCellPoints(*info_, [&](tag_CELL_POINT& point, const std::string& holder, bool) {
     if (point.cell == kNoCell || (point.cell != 0 && point.cell <= cells)) return;
-    const bool is_unset = point == tag_CELL_POINT{} && holder == "header";
+    const bool is_unset = point == tag_CELL_POINT{} && holder.starts_with("header");
     if (is_unset) return;
     report_.Lost(holder + ": named cell " + std::to_string(point.cell) +
                  ", which there is not, and names none");

@@ -24,10 +24,7 @@ Bytes FileOrder(const Record& record) {
               record.bytes + record.fields.back().offset + record.fields.back().width);
   for (const Field& field : record.fields) {
     if (!IsNumber(field)) continue;
-    const std::uint64_t number = GetNumber(record, field);
-    for (unsigned i = 0; i < field.width; ++i) {
-      bytes[field.offset + i] = static_cast<unsigned char>(number >> 8 * (field.width - 1 - i));
-    }
+    SetBigEndian(&bytes[field.offset], field.width, GetNumber(record, field));
   }
   return bytes;
 }
