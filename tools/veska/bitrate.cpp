@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <cmath>
 
+#include "units.h"
+
 namespace veska_tool {
 namespace {
 
-constexpr unsigned kPackSize = 2048;
-constexpr double kClockRate = 90000;
 /// A VOB's clock values leave out a part of its last picture, so that short VOBs miss the rate by
 /// more than long ones; the two rates are a sixth apart.
 constexpr double kTolerance = 0.04;

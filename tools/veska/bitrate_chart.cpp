@@ -1,3 +1,4 @@
+// The drawing of a bitrate.
 #include <algorithm>
 
 #include "report_charts.h"

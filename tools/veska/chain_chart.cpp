@@ -1,7 +1,9 @@
+// The drawings of program chains.
 #include <algorithm>
 
 #include "report_charts.h"
 #include "svg.h"
+#include "units.h"
 
 namespace veska_tool {
 namespace {
@@ -11,7 +13,7 @@ double SecondsOf(VESKA::CBaseCell& cell) {
   if (cell.GetType() != VESKA::CELL_MOVIE) return 0;
   const VESKA::tag_M_C_GI& header = static_cast<VESKA::CMovieCell&>(cell).GetHeader();
   if (header.time_12.base <= header.time_6.base) return 0;
-  return (header.time_12.base - header.time_6.base) / 90000.0;
+  return (header.time_12.base - header.time_6.base) / kClockRate;
 }
 
 std::vector<Stretch> CellStretches(VESKA::CPGCInfo& chain, const std::vector<double>& begins,
@@ -58,6 +60,14 @@ std::string CellBar(VESKA::CPGCInfo& chain, const std::vector<double>& begins, i
   return svg.End();
 }
 
+std::vector<int> ProgramStarts(VESKA::CPGCInfo& chain) {
+  std::vector<int> starts{0};
+  for (int i = 0; i < chain.GetPGCount(); ++i) {
+    starts.push_back(std::min(starts.back() + chain.GetPGNode(i)->C_Ns, chain.GetCellCount()));
+  }
+  return starts;
+}
+
 std::string BarAxis(double full, bool by_time, int width) {
   Svg svg(width, 20);
   const std::vector<double> marks = by_time ? TimeMarks(full, 6) : CountMarks(full, 6);
@@ -75,22 +85,17 @@ std::string ChainChart(VESKA::CPGCInfo& chain, bool by_time, const std::vector<C
   const double full = begins.back();
   const double unit = kChartWidth / std::max(full, 1e-9);
   Svg svg("chain", kChartWidth, kAxis + 22, "The programs of the original chain in a row",
-          "Programs above, their cells below, drawn to scale. The table below "
-          "says the same in "
+          "Programs above, their cells below, drawn to scale. The table below says the same in "
           "numbers.");
 
   std::vector<Stretch> programs;
-  const int cells = chain.GetCellCount();
-  int first = 0;
-  for (int i = 0; i < chain.GetPGCount() && first < cells; ++i) {
-    const int end = std::min(first + chain.GetPGNode(i)->C_Ns, cells);
-    const double begin = begins[static_cast<std::size_t>(first)];
+  const std::vector<int> starts = ProgramStarts(chain);
+  for (std::size_t i = 0; i + 1 < starts.size(); ++i) {
+    if (starts[i] == starts[i + 1]) continue;
     const std::string name = std::to_string(i + 1);
-    if (end > first) {
-      programs.push_back({begin, begins[static_cast<std::size_t>(end)],
-                          i % 2 == 0 ? "program" : "program odd", name, "program " + name});
-    }
-    first = end;
+    programs.push_back({begins[static_cast<std::size_t>(starts[i])],
+                        begins[static_cast<std::size_t>(starts[i + 1])],
+                        i % 2 == 0 ? "program" : "program odd", name, "program " + name});
   }
   DrawStretches(svg, programs, unit, kTop, kProgramHeight);
   for (const Stretch& program : programs) {
@@ -99,8 +104,8 @@ std::string ChainChart(VESKA::CPGCInfo& chain, bool by_time, const std::vector<C
     svg.Text("on-bar", program.begin * unit + width / 2, kTop + 17, program.name);
   }
   svg.NewLine();
-  DrawStretches(svg, CellStretches(chain, begins, 0, cells), unit, kTop + kProgramHeight + 2,
-                kCellHeight);
+  DrawStretches(svg, CellStretches(chain, begins, 0, chain.GetCellCount()), unit,
+                kTop + kProgramHeight + 2, kCellHeight);
   svg.NewLine();
 
   constexpr double kMarkWidth = 8;

@@ -49,9 +49,8 @@ extern const Command kDiffCommand;
 const Command kDiffCommand = {
     "diff", "Show what differs between two management files",
     "One line for each field that differs, and for each record that only one of both has. Items\n"
-    "are numbered from 1, as they stand in the first file. What completing derives (counts, "
-    "sizes,\n"
-    "addresses) is compared when all else is equal, or with --all.\n",
+    "are numbered from 1, as they stand in the first file. What completing derives (counts,\n"
+    "sizes, addresses) is compared when all else is equal, or with --all.\n",
     "  veska diff before.ifo after.ifo\n", Declare};
 
 }  // namespace veska_tool

@@ -97,9 +97,8 @@ std::string Description() {
       "cells, and so do the programs' cell counts. A cell number whose cell is deleted becomes\n"
       "0xFFFF (none), which is reported. Numbers that the format gives no meaning are left alone.\n"
       "\n"
-      "In a TEXT, \\\\ is a backslash and \\xNN a byte in hexadecimal; all else is taken as it "
-      "is,\n"
-      "whatever the character set of the disc. Where a TEXT begins with -, put -- before IN.\n"
+      "In a TEXT, \\\\ is a backslash and \\xNN a byte in hexadecimal; all else is taken as it\n"
+      "is, whatever the character set of the disc. Where a TEXT begins with -, put -- before IN.\n"
       "\n"
       "Operations:\n";
   for (const EditOperation& operation : EditOperations()) {

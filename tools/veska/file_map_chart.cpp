@@ -1,3 +1,4 @@
+// The drawing of the file map.
 #include <algorithm>
 
 #include "report_charts.h"

@@ -1,3 +1,4 @@
+// A management file from JSON.
 #include <algorithm>
 #include <cstring>
 #include <nlohmann/json.hpp>

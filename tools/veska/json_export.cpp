@@ -1,3 +1,4 @@
+// A management file to JSON.
 #include <nlohmann/json.hpp>
 
 #include "cell_points.h"

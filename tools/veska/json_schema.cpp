@@ -1,3 +1,4 @@
+// The JSON Schema of the document, told by the walk that reads and writes it.
 #include <nlohmann/json.hpp>
 #include <utility>
 

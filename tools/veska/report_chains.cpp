@@ -1,3 +1,4 @@
+// The sections of a report on the program chains and the play lists.
 #include <algorithm>
 #include <vector>
 
@@ -24,11 +25,8 @@ struct ChainRows {
   std::vector<int> starts;
 
   ChainRows(VESKA::CPGCInfo& of, bool by_time)
-      : chain(of), begins(CellBegins(of, by_time)), starts{0} {
+      : chain(of), begins(CellBegins(of, by_time)), starts(ProgramStarts(of)) {
     const int cells = chain.GetCellCount();
-    for (int i = 0; i < chain.GetPGCount(); ++i) {
-      starts.push_back(std::min(starts.back() + chain.GetPGNode(i)->C_Ns, cells));
-    }
     if (starts.back() < cells) starts.push_back(cells);
   }
 

@@ -29,6 +29,9 @@ bool HasCellLengths(VESKA::CPGCInfo& chain);
 /// Where each cell of a chain begins on an axis, and where the last one ends: by their lengths in
 /// seconds, or by their number, which draws all equally long.
 std::vector<double> CellBegins(VESKA::CPGCInfo& chain, bool by_time);
+/// The positions of the programs' first cells, and behind the last program's, as far as there are
+/// cells.
+std::vector<int> ProgramStarts(VESKA::CPGCInfo& chain);
 
 /// Cells `first` to `end` - 1 of a chain as a bar; `width` units are worth `full` of the axis.
 std::string CellBar(VESKA::CPGCInfo& chain, const std::vector<double>& begins, int first, int end,

@@ -48,10 +48,8 @@ std::function<ExitStatus()> Declare(CLI::App& app) {
 extern const Command kReportCommand;
 const Command kReportCommand = {
     "report", "Draw a management file as a web page",
-    "The page holds all that it needs: a map of the file, the programs and "
-    "cells to scale, the\n"
-    "play lists, and the bitrate of every movie VOB over time. It works "
-    "without scripts, in light\n"
+    "The page holds all that it needs: a map of the file, the programs and cells to scale, the\n"
+    "play lists, and the bitrate of every movie VOB over time. It works without scripts, in light\n"
     "and in dark.\n",
     "  veska report VR_MANGR.IFO -o report.html\n", Declare};
 

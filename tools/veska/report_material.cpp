@@ -1,9 +1,11 @@
+// The sections of a report on the file map, the bitrates and the still pictures.
 #include <algorithm>
 #include <vector>
 
 #include "html.h"
 #include "report_charts.h"
 #include "report_parts.h"
+#include "units.h"
 
 namespace veska_tool {
 namespace {
@@ -128,7 +130,7 @@ void AddStillGroups(Report& report) {
   for (int i = 0; i < shown; ++i) {
     VESKA::CStillVOG& group = groups[i]->S_VOGI;
     page += "<tr>" + RowNumber(i + 1) + NumberCell(group.GetCount()) +
-            NumberCell(SizeText(group.GetPackCount() * 2048ULL)) + "</tr>\n";
+            NumberCell(SizeText(std::uint64_t{group.GetPackCount()} * kPackSize)) + "</tr>\n";
   }
   EndTable(page);
   SayRest(page, groups.GetCount(), shown, "group");
