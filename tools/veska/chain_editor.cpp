@@ -13,11 +13,6 @@ namespace {
 using VESKA::tag_CELL_POINT;
 using VESKA::tag_PGI;
 
-/// The lists refuse what is in range only for lack of memory.
-void Require(bool done) {
-  if (!done) throw std::bad_alloc();
-}
-
 std::vector<int> PresentOrder(int count) {
   std::vector<int> order(static_cast<std::size_t>(count));
   std::iota(order.begin(), order.end(), 0);
@@ -25,6 +20,10 @@ std::vector<int> PresentOrder(int count) {
 }
 
 }  // namespace
+
+void Require(bool done) {
+  if (!done) throw std::bad_alloc();
+}
 
 ChainEditor::ChainEditor(VESKA::CVMGInfo& info, std::vector<std::string>& notes)
     : info_(info), chain_(info.GetOriginalPGC()), notes_(notes) {

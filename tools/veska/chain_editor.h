@@ -8,6 +8,9 @@
 
 namespace veska_tool {
 
+/// Throws std::bad_alloc unless `done`: the lists refuse what is in range only for lack of memory.
+void Require(bool done);
+
 /// The programs and cells of the original program chain, edited so that each program keeps its
 /// cells and every cell point of the file its cell. Positions are 0-based and have to be in range.
 ///

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "command.h"
+#include "field_text.h"
 #include "files.h"
 #include "image_check.h"
 #include "tool_io.h"
@@ -17,7 +18,7 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-constexpr int kJsonVersion = 1;
+constexpr int kCheckVersion = 1;
 constexpr unsigned kDefaultLimit = 20;
 
 struct Options {
@@ -136,7 +137,7 @@ ExitStatus CheckFiles(const Options& options) {
   };
   const ExitStatus status = ForEachFile(options.files, check);
   if (options.json) {
-    const Json json{{"version", kJsonVersion}, {"files", std::move(files)}};
+    const Json json{{"version", kCheckVersion}, {"files", std::move(files)}};
     std::cout << json.dump(2, ' ', false, Json::error_handler_t::replace) << "\n";
   }
   return status;
@@ -162,9 +163,8 @@ const Command kCheckCommand = {
     "check", "Find what is inconsistent in management files",
     "Examines a file however damaged it is, and prints for each finding the offset in the file, a\n"
     "code, where it is, what stands there and what would be right. Repairs nothing. Exits with 1\n"
-    "when an error was found; warnings count only with --warnings-as-errors, notes never. "
-    "Programs,\n"
-    "cells, VOBs and all others are numbered from 1. docs/check.md lists all codes.\n",
+    "when an error was found; warnings count only with --warnings-as-errors, notes never.\n"
+    "Programs, cells, VOBs and all others are numbered from 1. docs/check.md lists all codes.\n",
     "  veska check VR_MANGR.IFO\n"
     "  veska check --json --warnings-as-errors discs/*/DVD_RTAV/VR_MANGR.IFO\n",
     Declare};

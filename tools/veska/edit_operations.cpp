@@ -4,7 +4,6 @@
 #include <charconv>
 #include <cstring>
 #include <iterator>
-#include <new>
 #include <sstream>
 
 #include "chain_editor.h"
@@ -123,11 +122,6 @@ void MoveCell(Edit& edit, const Arguments& arguments) {
   ChainEditor chain(edit.info, edit.notes);
   const int cell = arguments.Position(0, "cell", chain.CellCount());
   chain.MoveCell(cell, arguments.Position(1, "cell", chain.CellCount()));
-}
-
-/// The lists refuse what is in range only for lack of memory.
-void Require(bool done) {
-  if (!done) throw std::bad_alloc();
 }
 
 void DeletePlayList(Edit& edit, const Arguments& arguments) {

@@ -33,7 +33,7 @@ std::string ClockText(const Record& record, const Field& field) {
          TimeText(SCR2Millisecond(&clock)) + ")";
 }
 
-std::string CellPointText(const Record& record, const Field& field, VESKA::CPGCInfo* cells,
+std::string CellPointText(const Record& record, const Field& field, VESKA::CPGCInfo& cells,
                           bool raw_positions) {
   VESKA::tag_CELL_POINT point{};
   std::memcpy(&point, record.bytes + field.offset, sizeof point);
@@ -41,8 +41,7 @@ std::string CellPointText(const Record& record, const Field& field, VESKA::CPGCI
       ", position bytes " + Hex(FieldBytes(record, field).subspan(sizeof point.cell));
   if (point.cell == kNoCell) return "no cell" + bytes;
   const std::string cell = "cell " + std::to_string(point.cell);
-  if (cells == nullptr) return cell + bytes;
-  const VESKA::tag_C_ITEM* item = cells->GetCellNode(point.cell - 1);
+  const VESKA::tag_C_ITEM* item = cells.GetCellNode(point.cell - 1);
   if (item == nullptr) return cell + " (there is none)" + bytes;
   if (item->CI->GetType() != VESKA::CELL_MOVIE) return cell + " (still)" + bytes;
   if (raw_positions) return cell + " (movie)" + bytes;
@@ -62,6 +61,10 @@ std::string TextOrHex(std::span<const unsigned char> bytes) {
   return text.find("\\x") == std::string::npos ? '"' + text + '"' : Hex(bytes);
 }
 
+std::string Plural(std::uint64_t count, const std::string& what) {
+  return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
+}
+
 std::string TimeText(std::uint64_t milliseconds) {
   char text[48];
   std::snprintf(text, sizeof text, "%llu:%02llu:%02llu.%03llu",
@@ -72,7 +75,7 @@ std::string TimeText(std::uint64_t milliseconds) {
   return text;
 }
 
-std::string FieldText(const Record& record, const Field& field, VESKA::CPGCInfo* cells,
+std::string FieldText(const Record& record, const Field& field, VESKA::CPGCInfo& cells,
                       bool raw_positions) {
   switch (field.kind) {
     case FieldKind::kNumber:

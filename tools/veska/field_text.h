@@ -12,9 +12,9 @@
 
 namespace veska_tool {
 
-/// The value of a field. `chain` is the chain whose cells a cell point names; null says that the
-/// positions in this record are bytes, whatever the cell (as in user-defined program chains).
-std::string FieldText(const Record& record, const VESKA::Field& field, VESKA::CPGCInfo* cells,
+/// The value of a field. A cell point names one of `cells`; with `raw_positions` its position is
+/// bytes whatever the cell is, as in user-defined program chains.
+std::string FieldText(const Record& record, const VESKA::Field& field, VESKA::CPGCInfo& cells,
                       bool raw_positions = false);
 
 /// True for bytes that are all zero.
@@ -22,6 +22,9 @@ bool IsZero(std::span<const unsigned char> bytes);
 
 /// Text in quotes where all of it is printable, else hex; "(empty)" for zeros.
 std::string TextOrHex(std::span<const unsigned char> bytes);
+
+/// "1 byte", "3 bytes".
+std::string Plural(std::uint64_t count, const std::string& what);
 
 /// `h:mm:ss.mmm`.
 std::string TimeText(std::uint64_t milliseconds);

@@ -104,10 +104,6 @@ const CatalogueEntry& EntryOf(Code code) { return kCatalogue[IndexOf(code)]; }
 
 std::string NameOf(Code code) { return "V" + std::to_string(static_cast<int>(code)); }
 
-std::string Plural(std::uint64_t count, const std::string& what) {
-  return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
-}
-
 void Findings::Add(Finding finding) {
   const std::size_t index = IndexOf(finding.code);
   const auto severity = static_cast<std::size_t>(kCatalogue[index].severity);

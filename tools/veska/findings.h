@@ -107,9 +107,6 @@ struct Finding {
   std::string right;     ///< what would be right; empty when that cannot be told
 };
 
-/// "1 byte", "3 bytes"
-std::string Plural(std::uint64_t count, const std::string& what);
-
 /// What was found in a file. Counts everything and keeps the first findings of each code, so that a
 /// file with 60,000 bad references needs neither the memory nor the reader's patience for all.
 class Findings {

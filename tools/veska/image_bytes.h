@@ -7,10 +7,14 @@
 #include <cstdint>
 #include <cstring>
 #include <span>
+#include <string_view>
 
 #include "fields.h"
 
 namespace veska_tool {
+
+/// What a management file begins with.
+inline constexpr std::string_view kIdentifier = "DVD_RTR_VMG0";
 
 /// A view of the bytes of a file. What lies behind its end reads as zero.
 class ImageBytes {

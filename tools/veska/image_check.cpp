@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "cell_points.h"
+#include "field_text.h"
 #include "table_walk.h"
 
 namespace veska_tool {
@@ -350,8 +351,7 @@ void Checker::CheckProgramsOf(const Structure& programs, std::uint64_t cells) {
   }
 }
 
-// --- Loading and completing
-// --------------------------------------------------------------------------
+// --- Loading and completing ----------------------------------------------------------------------
 
 struct TableLoad {
   Table table;
@@ -393,8 +393,7 @@ void Checker::CheckLoading() {
 /// The image with every other table that is always loaded made empty.
 std::vector<unsigned char> Checker::OnlyTable(Table table) const {
   std::vector<unsigned char> image(bytes_.begin(), bytes_.end());
-  constexpr char kIdentifier[] = "DVD_RTR_VMG0";
-  std::copy_n(kIdentifier, sizeof kIdentifier - 1, image.begin());
+  std::ranges::copy(kIdentifier, image.begin());
   constexpr std::size_t kPlayLists = kFileSize<tag_VMGI_MAT_HEADER>;
   if (table != Table::kPlayLists) {
     image.resize(std::max(image.size(), kPlayLists + kFileSize<tag_PL_SRPTI>));

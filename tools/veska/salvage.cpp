@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "cell_points.h"
+#include "field_text.h"
 #include "findings.h"
 #include "image_bytes.h"
 #include "image_map.h"
@@ -21,7 +22,6 @@ using namespace VESKA;
 namespace {
 
 constexpr std::size_t kFindingsOfACode = 100;
-constexpr char kIdentifier[] = "DVD_RTR_VMG0";
 
 using Buffer = std::vector<unsigned char>;
 
@@ -218,7 +218,7 @@ void Salvager::ReadHeader() {
   CVMGI_MAT& mat = info_->GetMAT();
   mat.GetHeader() = image_.Read<tag_VMGI_MAT_HEADER>(0);
   if (findings_.Count(Code::kIdentifier) != 0) {
-    std::memcpy(mat.GetHeader().VMG_ID, kIdentifier, sizeof mat.GetHeader().VMG_ID);
+    std::memcpy(mat.GetHeader().VMG_ID, kIdentifier.data(), sizeof mat.GetHeader().VMG_ID);
     report_.Lost("the identifier is damaged, and was set");
   }
   EndTable(Table::kHeader);

@@ -8,6 +8,7 @@
 #include "field_text.h"
 #include "files.h"
 #include "tool_io.h"
+#include "units.h"
 
 namespace veska_tool {
 namespace {
@@ -20,10 +21,6 @@ struct Options {
 };
 
 std::string Number(std::uint64_t value) { return std::to_string(value); }
-
-std::string Count(std::uint64_t count, const std::string& what) {
-  return Number(count) + " " + what + (count == 1 ? "" : "s");
-}
 
 /// Lines at a depth. Headings stand out where the terminal shows colours.
 class Outline {
@@ -66,7 +63,7 @@ class Show {
 
   void File(const std::string& file, CVMGInfo& info, const Bytes& image) {
     info_ = &info;
-    to_.Heading(NameOfInput(file), Count(image.size(), "byte") + ", " + Layout(image));
+    to_.Heading(NameOfInput(file), Plural(image.size(), "byte") + ", " + Layout(image));
     const Outline::Deeper deeper(to_);
     Header();
     PlayLists();
@@ -95,7 +92,7 @@ class Show {
     completed.GetData(own.data());
     if (own == image) return "laid out as this tool writes it";
     return "laid out otherwise than this tool writes it: completed it has " +
-           Count(own.size(), "byte");
+           Plural(own.size(), "byte");
   }
 
   /// "NAME value, NAME value": the fields of a record but for zero bytes, unless all is wanted, and
@@ -116,7 +113,7 @@ class Show {
   std::string Value(const Record& record, const Field& field, bool raw_positions) {
     const std::string separator = field.kind == FieldKind::kCellPoint ? ": " : " ";
     return field.name + separator +
-           FieldText(record, field, &info_->GetOriginalPGC(), raw_positions);
+           FieldText(record, field, info_->GetOriginalPGC(), raw_positions);
   }
   bool IsDull(const Record& record, const Field& field) const {
     return !all_ && std::string_view(field.name).starts_with("reserved") &&
@@ -133,7 +130,7 @@ class Show {
     const int shown = all_ || count <= kLongList ? count : kShownOfLong;
     for (int i = 0; i < shown; ++i) show(i);
     if (shown < count) {
-      to_.Line("and " + Count(static_cast<unsigned>(count - shown), what) +
+      to_.Line("and " + Plural(static_cast<unsigned>(count - shown), what) +
                " more (--all shows "
                "them)");
     }
@@ -148,7 +145,7 @@ class Show {
   }
 
   void Header() {
-    to_.Heading("header", Count(sizeof(tag_VMGI_MAT_HEADER), "byte"));
+    to_.Heading("header", Plural(sizeof(tag_VMGI_MAT_HEADER), "byte"));
     const Outline::Deeper deeper(to_);
     tag_VMGI_MAT_HEADER header = Addresses();
     const Record record = RecordOf(header);
@@ -172,7 +169,7 @@ class Show {
 
   void Movie() {
     CMovieAVFileTable& table = info_->GetMovieAVFileTable();
-    to_.Heading("movie table", Count(table.GetDataSize(), "byte") + " at M_AVFIT_SA " +
+    to_.Heading("movie table", Plural(table.GetDataSize(), "byte") + " at M_AVFIT_SA " +
                                    Number(Addresses().M_AVFIT_SA) + ", " + Line(table.GetHeader()));
     const Outline::Deeper deeper(to_);
     List(table.GetStreamCount(), "stream", [&](int i) {
@@ -187,7 +184,7 @@ class Show {
   void Vob(int i, tag_M_VOBI_ITEM& item) {
     CMovieVOB& vob = item.M_VOBI;
     tag_M_VOB_GI header = vob.GetHeader();
-    to_.Heading(Numbered("VOB", i), Count(vob.GetDataSize(), "byte") + " at M_VOBI_SA " +
+    to_.Heading(Numbered("VOB", i), Plural(vob.GetDataSize(), "byte") + " at M_VOBI_SA " +
                                         Number(item.M_VOBI_SA) + Recorded(header.bytes_2));
     const Outline::Deeper deeper(to_);
     to_.Line(Line(RecordOf(header)));
@@ -223,7 +220,7 @@ class Show {
     const Outline::Deeper deeper(to_);
     to_.Line("field count " + Number(fields) + " (" + TimeText(fields * 20) +
              " at 50 fields a second, " + TimeText(fields * 50 / 3) + " at 60)");
-    to_.Line("pack count " + Number(packs) + " (" + Count(packs * 2048, "byte") + ")");
+    to_.Line("pack count " + Number(packs) + " (" + Plural(packs * kPackSize, "byte") + ")");
     if (!all_) return;
     for (int i = 0; i < map.GetTimeENCount(); ++i) {
       to_.Heading(Numbered("time entry", i), Line(RecordOf(*map.GetTimeENNode(i))));
@@ -231,14 +228,14 @@ class Show {
     for (int i = 0; i < map.GetVobuENCount(); ++i) {
       const tag_VOBU_ENT entry = *map.GetVobuENNode(i);
       to_.Heading(Numbered("VOBU entry", i), Line(entry) + " (" +
-                                                 Count(entry.VOBU_PB_TM(), "field") + ", " +
-                                                 Count(entry.VOBU_SZ(), "pack") + ")");
+                                                 Plural(entry.VOBU_PB_TM(), "field") + ", " +
+                                                 Plural(entry.VOBU_SZ(), "pack") + ")");
     }
   }
 
   void Still() {
     CStillAVFileTable& table = info_->GetStillAVFileTable();
-    to_.Heading("still picture table", Count(table.GetDataSize(), "byte") + " at S_AVFIT_SA " +
+    to_.Heading("still picture table", Plural(table.GetDataSize(), "byte") + " at S_AVFIT_SA " +
                                            Number(Addresses().S_AVFIT_SA) + ", " +
                                            Line(table.GetHeader()));
     const Outline::Deeper deeper(to_);
@@ -275,11 +272,11 @@ class Show {
   void Group(const std::string& name, GroupClass& group, const char* address_name,
              std::uint32_t address, const std::string& forms) {
     const std::uint64_t packs = group.GetPackCount();
-    to_.Heading(name, Count(group.GetDataSize(), "byte") + " at " + address_name + " " +
+    to_.Heading(name, Plural(group.GetDataSize(), "byte") + " at " + address_name + " " +
                           Number(address) + forms);
     const Outline::Deeper deeper(to_);
     to_.Line(Line(RecordOf(group.GetHeader())));
-    to_.Line("pack count " + Number(packs) + " (" + Count(packs * 2048, "byte") + ")");
+    to_.Line("pack count " + Number(packs) + " (" + Plural(packs * kPackSize, "byte") + ")");
     if (!all_) return;
     for (int i = 0; i < group.GetCount(); ++i) {
       to_.Heading(Numbered("entry", i), Line(RecordOf(*group.GetNode(i))));
@@ -287,7 +284,7 @@ class Show {
   }
 
   std::string ChainSummary(CPGCInfo& chain) {
-    return Line(chain.GetHeader()) + ", " + Count(chain.GetDataSize(), "byte");
+    return Line(chain.GetHeader()) + ", " + Plural(chain.GetDataSize(), "byte");
   }
 
   /// The programs with their cells, then the cells that no program counts.
@@ -335,7 +332,7 @@ class Show {
   void Cell(const std::string& name, std::uint32_t address, CellClass& cell) {
     int long_entries = 0;
     for (int i = 0; i < cell.GetCount(); ++i) long_entries += IsLongEntry(cell.GetNode(i)->EP_TY);
-    to_.Heading(name, Line(RecordOf(cell.GetHeader())) + ", " + Count(cell.GetDataSize(), "byte") +
+    to_.Heading(name, Line(RecordOf(cell.GetHeader())) + ", " + Plural(cell.GetDataSize(), "byte") +
                           " at CI_SA " + Number(address) + ", " +
                           std::to_string(cell.GetCount() - long_entries) + " short and " +
                           std::to_string(long_entries) + " long entry points");
@@ -351,11 +348,11 @@ class Show {
   void Data(std::span<const unsigned char> bytes) {
     if (bytes.empty()) return;
     const Outline::Deeper deeper(to_);
-    if (!all_ && IsZero(bytes)) return to_.Line(Count(bytes.size(), "zero byte"));
+    if (!all_ && IsZero(bytes)) return to_.Line(Plural(bytes.size(), "zero byte"));
     const std::size_t lines = all_ ? bytes.size() : kShownDumpLines;
     to_.Dump(bytes, lines);
     if (bytes.size() > 16 * lines) {
-      to_.Line("and " + Count(bytes.size() - 16 * lines, "byte") + " more (--all shows them)");
+      to_.Line("and " + Plural(bytes.size() - 16 * lines, "byte") + " more (--all shows them)");
     }
   }
 
@@ -375,7 +372,7 @@ class Show {
   template <class Table>
   static std::string Where(const char* name, std::uint32_t address, const Table& table) {
     if (table.IsEmpty()) return "none, ";
-    return Count(table.GetDataSize(), "byte") + " at " + name + " " + Number(address) + ", ";
+    return Plural(table.GetDataSize(), "byte") + " at " + name + " " + Number(address) + ", ";
   }
 
   void Texts() {
@@ -387,7 +384,7 @@ class Show {
       tag_IT_TXT_ITEM& item = *texts.GetNode(i);
       to_.Heading(Numbered("text set", i), "IT_TXT_SA " + Number(item.IT_TXT_SA) + ", IT_TXT_SZ " +
                                                Number(item.IT_TXT_SZ) + ", " +
-                                               Count(unsigned(item.IT_TXT.GetCount()), "text"));
+                                               Plural(unsigned(item.IT_TXT.GetCount()), "text"));
       TextSet(item.IT_TXT);
     });
   }

@@ -4,8 +4,8 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 
+#include "field_text.h"
 #include "tool_io.h"
 
 namespace veska_tool {
@@ -16,8 +16,6 @@ namespace {
 
 constexpr std::uint64_t kHeaderSize = kFileSize<tag_VMGI_MAT_HEADER>;
 constexpr std::uint64_t kPlayListsAt = kHeaderSize + kFileSize<tag_PL_SRPTI>;
-constexpr char kIdentifier[] = "DVD_RTR_VMG0";
-constexpr std::size_t kIdentifierSize = sizeof kIdentifier - 1;
 
 // The counts and addresses of an honest file come to a few MB; an end address beyond this does not
 // tell where a file was cut off.
@@ -186,9 +184,9 @@ void TableWalk::CheckEnd(const FileNumber& end_address, std::uint64_t start, std
 void TableWalk::FileHeader() {
   table_ = Table::kHeader;
   Add(Part::kFileHeader, 0, kHeaderSize);
-  const auto id = image_.At(0, kIdentifierSize);
-  if (std::memcmp(id.data(), kIdentifier, kIdentifierSize) == 0) return;
-  Report(Code::kIdentifier, 0, Here(), '"' + Readable(id) + '"', kIdentifier);
+  const auto id = image_.At(0, kIdentifier.size());
+  if (std::ranges::equal(id, kIdentifier)) return;
+  Report(Code::kIdentifier, 0, Here(), '"' + Readable(id) + '"', std::string(kIdentifier));
 }
 
 void TableWalk::PlayLists() {

@@ -9,6 +9,7 @@
 #include <system_error>
 
 #include "frame/file.h"
+#include "image_bytes.h"
 
 #ifdef _WIN32
 #ifndef NOMINMAX
@@ -206,14 +207,12 @@ std::unique_ptr<VESKA::CVMGInfo> LoadInfo(const std::string& file) {
 }
 
 std::unique_ptr<VESKA::CVMGInfo> LoadInfo(const std::string& file, Bytes& bytes) {
-  constexpr char kIdentifier[] = "DVD_RTR_VMG0";
-  constexpr std::size_t kLength = sizeof kIdentifier - 1;
   const auto fail = [&file](const std::string& what) {
     throw Failure(ExitStatus::kFound, NameOfInput(file), what);
   };
   if (bytes.empty()) fail("not a management file: it is empty");
-  if (bytes.size() < kLength || std::memcmp(bytes.data(), kIdentifier, kLength) != 0) {
-    fail(std::string("not a management file: it does not begin with ") + kIdentifier);
+  if (!std::ranges::equal(ImageBytes(bytes).At(0, kIdentifier.size()), kIdentifier)) {
+    fail("not a management file: it does not begin with " + std::string(kIdentifier));
   }
   auto info = std::make_unique<VESKA::CVMGInfo>();
   if (!Loads(*info, bytes, VESKA::CVMGInfo::kLoadAll)) fail(WhatIsDamaged(bytes));
