@@ -47,8 +47,7 @@ class Attack {
 
 TEST(Hostile, WithstandsEveryTruncation) {
   Attack attack;
-  for (const char* sample :
-       {"empty", "still_camera", "odd_layout", "mixed_full", "movie_recorder"}) {
+  for (const char* sample : kSamples) {
     const Bytes image = Sample(sample);
     for (std::size_t size = 0; size <= image.size(); ++size) {
       if (!attack.Withstands(image.Part(0, size))) FAIL() << sample << " cut to " << size;

@@ -211,10 +211,26 @@ inline bool Load(CVMGInfo& info, const Bytes& image, unsigned char flags = CVMGI
   return loaded;
 }
 
-inline Bytes ReadFile(const std::filesystem::path& path) {
+template <class Content = Bytes>
+Content ReadFile(const std::filesystem::path& path) {
   std::ifstream file(path, std::ios::binary);
-  return Bytes(std::istreambuf_iterator<char>(file), {});
+  return Content(std::istreambuf_iterator<char>(file), {});
 }
 inline Bytes Sample(const std::string& name) { return ReadFile(VESKA_SAMPLES "/" + name + ".ifo"); }
+inline constexpr const char* kSamples[] = {"empty", "still_camera", "odd_layout", "mixed_full",
+                                           "movie_recorder"};
+
+/// Calls `visit(damaged image, original)` for `count` damages of each sample, until one fails.
+template <class Visit>
+void ForEachDamaged(unsigned count, Visit&& visit) {
+  std::mt19937 random(20061);
+  for (const char* sample : kSamples) {
+    const Bytes image = Sample(sample);
+    for (unsigned i = 0; i < count && !testing::Test::HasFatalFailure(); ++i) {
+      SCOPED_TRACE(std::string(sample) + " " + std::to_string(i));
+      visit(RandomlyDamaged(image, random, i), image);
+    }
+  }
+}
 
 }  // namespace VESKA

@@ -22,7 +22,7 @@ class EditTest : public testing::Test {
   std::string File(const char* name) { return NameOf(folder_ / name); }
   std::string CopyOf(const char* sample) {
     std::string copy = File("disc.ifo");
-    fs::copy_file(Sample(std::string(sample) + ".ifo"), copy, fs::copy_options::overwrite_existing);
+    fs::copy_file(SamplePath(sample), copy, fs::copy_options::overwrite_existing);
     return copy;
   }
 
@@ -82,7 +82,7 @@ TEST(EditOperations, ChangeWhatTheySay) {
   };
   for (const auto& test : cases) {
     SCOPED_TRACE(test.summary);
-    const auto info = LoadInfo(Sample(std::string(test.sample) + ".ifo"));
+    const auto info = LoadInfo(SamplePath(test.sample));
     Edit edit{*info, {}};
     RunEditSteps(ParseEditSteps(test.words), edit);
     EXPECT_EQ(Summary(*info), test.summary);
@@ -90,7 +90,7 @@ TEST(EditOperations, ChangeWhatTheySay) {
 }
 
 TEST(EditOperations, SetTexts) {
-  const auto info = LoadInfo(Sample("mixed_full.ifo"));
+  const auto info = LoadInfo(SamplePath("mixed_full"));
   Edit edit{*info, {}};
   tag_IT_TXT* text = (*info->GetTextDataMgr()[0]).IT_TXT[0];
   const auto code = text->code;
@@ -128,8 +128,7 @@ TEST_F(EditTest, RefusesWhatIsOutOfRangeAndWritesNothing) {
   };
   for (const auto& test : cases) {
     SCOPED_TRACE(test.message);
-    std::vector<std::string> arguments = {"-o", File("out.ifo"),
-                                          Sample(std::string(test.sample) + ".ifo")};
+    std::vector<std::string> arguments = {"-o", File("out.ifo"), SamplePath(test.sample)};
     arguments.insert(arguments.end(), test.words.begin(), test.words.end());
     EXPECT_EQ(Run(arguments), ExitStatus::kUsage);
     EXPECT_NE(messages_.find(test.message), std::string::npos) << messages_;
@@ -176,7 +175,7 @@ TEST_F(EditTest, WritesOnlyWhereItIsTold) {
 
 TEST_F(EditTest, KeepsTheFileWhenTheResultCannotBeWritten) {
   const std::string disc = File("disc.ifo");
-  const auto info = LoadInfo(Sample("movie_recorder.ifo"));
+  const auto info = LoadInfo(SamplePath("movie_recorder"));
   CTextDataMgr& texts = info->GetTextDataMgr();
   texts.Clear();
   std::vector<unsigned char> text(255, 'x');

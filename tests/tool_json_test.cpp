@@ -2,9 +2,7 @@
 #include <gtest/gtest.h>
 #include <veska/CVMGInfo.h>
 
-#include <fstream>
 #include <nlohmann/json.hpp>
-#include <random>
 
 #include "image_builder.h"
 #include "json_tree.h"
@@ -18,9 +16,6 @@ using veska_tool::ExitStatus;
 using veska_tool::Failure;
 using veska_tool::Json;
 
-const std::vector<std::string> kSamples = {"empty", "mixed_full", "movie_recorder", "odd_layout",
-                                           "still_camera"};
-
 /// What a text that was printed makes again: the image of it, completed.
 Bytes Rebuilt(const std::string& text) {
   VESKA::CVMGInfo info;
@@ -29,12 +24,12 @@ Bytes Rebuilt(const std::string& text) {
 }
 
 Json Exported(const std::string& sample) {
-  return veska_tool::Export(*veska_tool::LoadInfo(Sample(sample + ".ifo")));
+  return veska_tool::Export(*veska_tool::LoadInfo(SamplePath(sample)));
 }
 
 TEST(Json, ExportAndBuildGiveTheCanonicalFile) {
-  for (const std::string& sample : kSamples) {
-    const std::string file = Sample(sample + ".ifo");
+  for (const std::string sample : VESKA::kSamples) {
+    const std::string file = SamplePath(sample);
     Bytes image = veska_tool::ReadInput(file);
     const auto info = veska_tool::LoadInfo(file, image);
     const Json document = veska_tool::Export(*info, "name");
@@ -50,24 +45,20 @@ TEST(Json, ExportAndBuildGiveTheCanonicalFile) {
 
 // Whatever a file holds that loads, its JSON makes the file that completing it makes.
 TEST(Json, BuildsWhatCompletingMakesOfDamagedFiles) {
-  std::mt19937 random(20061);
   int built = 0;
-  for (const std::string& sample : kSamples) {
-    const VESKA::Bytes image = VESKA::Sample(sample);
-    for (unsigned i = 0; i < 150; ++i) {
-      VESKA::CVMGInfo info;
-      if (!VESKA::Load(info, VESKA::RandomlyDamaged(image, random, i))) continue;
-      const std::string text = veska_tool::LineOf(veska_tool::Export(info));
-      try {
-        EXPECT_EQ(Rebuilt(text), VESKA::Completed(info)) << sample << " " << i;
-        ++built;
-      } catch (const Failure& failure) {
-        // What takes no bytes in a file cannot be built.
-        EXPECT_NE(std::string(failure.what()).find("at least one"), std::string::npos)
-            << failure.what();
-      }
+  VESKA::ForEachDamaged(150, [&built](const VESKA::Bytes& damaged, const VESKA::Bytes&) {
+    VESKA::CVMGInfo info;
+    if (!VESKA::Load(info, damaged)) return;
+    const std::string text = veska_tool::LineOf(veska_tool::Export(info));
+    try {
+      EXPECT_EQ(Rebuilt(text), VESKA::Completed(info));
+      ++built;
+    } catch (const Failure& failure) {
+      // What takes no bytes in a file cannot be built.
+      EXPECT_NE(std::string(failure.what()).find("at least one"), std::string::npos)
+          << failure.what();
     }
-  }
+  });
   EXPECT_GT(built, 100);
 }
 
@@ -159,7 +150,7 @@ TEST(Json, RefusesTextThatIsNotJson) {
 }
 
 TEST(Json, RefusesToExportWithoutTheOneFile) {
-  const std::string file = Sample("empty.ifo");
+  const std::string file = SamplePath("empty");
   const std::vector<std::string> cases[] = {{}, {file, file}, {"--schema", file}};
   for (std::vector<std::string> arguments : cases) {
     arguments.insert(arguments.begin(), "export");
@@ -171,7 +162,7 @@ TEST(Json, RefusesToExportWithoutTheOneFile) {
 
 // An empty table keeps nothing, so two objects that are equal have the same JSON.
 TEST(Json, LeavesOutWhatTheFileLeavesOut) {
-  VESKA::CVMGInfo info = *veska_tool::LoadInfo(Sample("empty.ifo"));
+  VESKA::CVMGInfo info = *veska_tool::LoadInfo(SamplePath("empty"));
   const Json before = veska_tool::TreeOf(info);
   info.GetTextDataMgr().SetCharSet(0x11);
   unsigned char id[32] = {'X'};
@@ -180,8 +171,8 @@ TEST(Json, LeavesOutWhatTheFileLeavesOut) {
 }
 
 TEST(Json, TheSchemaInTheDocumentsIsTheTools) {
-  std::ifstream file(std::string(VESKA_SAMPLES) + "/../docs/" + veska_tool::kSchemaName);
-  const std::string text{std::istreambuf_iterator<char>(file), {}};
+  const auto text = VESKA::ReadFile<std::string>(std::string(VESKA_SAMPLES "/../docs/") +
+                                                 veska_tool::kSchemaName);
   EXPECT_EQ(text, veska_tool::TextOf(veska_tool::Schema()))
       << "veska export --schema -o docs/veska.schema.json --force writes it anew";
 }

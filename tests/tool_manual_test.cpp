@@ -3,26 +3,22 @@
 
 #include <CLI/CLI.hpp>
 #include <filesystem>
-#include <fstream>
 #include <map>
 #include <regex>
 #include <set>
 
 #include "command.h"
+#include "image_builder.h"
 #include "manual.h"
 #include "tool_run.h"
 
 namespace {
 
+using VESKA::ReadFile;
 using veska_tool::Commands;
 using veska_tool::ExitStatus;
 
 const std::filesystem::path kProject = std::filesystem::path(VESKA_SAMPLES).parent_path();
-
-std::string ReadFile(const std::filesystem::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
 
 /// Each command with its long options.
 std::map<std::string, std::set<std::string>> Options() {
@@ -48,7 +44,7 @@ std::set<std::string> AllOf(const std::string& text, const std::string& pattern)
 }
 
 TEST(Manual, DescribesEveryCommandAndOptionAndNoOther) {
-  const std::string text = ReadFile(kProject / "docs/tool.md");
+  const std::string text = ReadFile<std::string>(kProject / "docs/tool.md");
   const std::regex heading("(?:^|\n)## veska ([a-z]+)\n");
   std::map<std::string, std::string> sections;
   for (std::sregex_iterator i(text.begin(), text.end(), heading), end; i != end; ++i) {
@@ -66,7 +62,7 @@ TEST(Manual, DescribesEveryCommandAndOptionAndNoOther) {
 }
 
 TEST(Manual, ListsCommandsAndExitStatuses) {
-  const std::string text = ReadFile(kProject / "docs/tool.md");
+  const std::string text = ReadFile<std::string>(kProject / "docs/tool.md");
   std::string commands;
   for (const auto* command : Commands()) {
     commands += std::string("| `") + command->name + "` | " + command->summary + " |\n";
@@ -100,7 +96,8 @@ TEST(Manual, ExamplesUseWhatThereIs) {
   for (const auto* command : Commands()) code += std::string(command->examples) + "\n";
   for (const auto& folder : {kProject, kProject / "docs"}) {
     for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-      if (entry.path().extension() == ".md") code += CodeOf(ReadFile(entry.path())) + "\n";
+      if (entry.path().extension() == ".md")
+        code += CodeOf(ReadFile<std::string>(entry.path())) + "\n";
     }
   }
   const auto options = Options();

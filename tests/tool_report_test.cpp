@@ -153,7 +153,7 @@ std::string PageOf(CVMGInfo& info, std::initializer_list<const char*> parts,
 }
 
 TEST(Report, DrawsTheFileToScale) {
-  const auto info = LoadInfo(::Sample("movie_recorder.ifo"));
+  const auto info = LoadInfo(SamplePath("movie_recorder"));
   // The movie table is at 958 and has 7,010 of 13,088 bytes; the drawing is 960 wide. There are 310
   // VOBUs in 7,370 fields at 50 a second, 89,057 packs.
   PageOf(*info, {"<rect class=\"t3\" x=\"70.3\" y=\"8\" width=\"514.2\"",
@@ -164,7 +164,7 @@ TEST(Report, DrawsTheFileToScale) {
 }
 
 TEST(Report, EscapesWhateverTheFileSays) {
-  const auto info = LoadInfo(::Sample("movie_recorder.ifo"));
+  const auto info = LoadInfo(SamplePath("movie_recorder"));
   const std::string evil = "<script>alert(\"'&\")</script>";
   const auto put = [&](auto& field) { std::copy(evil.begin(), evil.end(), field); };
   put(info->GetMAT().GetHeader().text_93);

@@ -25,6 +25,6 @@ inline ToolRun RunTool(const std::vector<std::string>& arguments) {
   return {status, out.str(), err.str()};
 }
 
-inline std::string Sample(const std::string& name) {
-  return std::string(VESKA_SAMPLES) + "/" + name;
+inline std::string SamplePath(const std::string& name, const char* ending = ".ifo") {
+  return std::string(VESKA_SAMPLES) + "/" + name + ending;
 }

@@ -60,16 +60,8 @@ void ExpectSense(const Bytes& damaged, const Bytes& original) {
 }
 
 TEST(Salvage, InventsNothingWhateverTheDamage) {
-  for (const char* sample :
-       {"empty", "still_camera", "odd_layout", "mixed_full", "movie_recorder"}) {
-    const Bytes image = Sample(sample);
-    ExpectSense(image, image);
-    std::mt19937 random(7);
-    for (unsigned i = 0; i < 200 && !HasFatalFailure(); ++i) {
-      SCOPED_TRACE(std::string(sample) + " " + std::to_string(i));
-      ExpectSense(RandomlyDamaged(image, random, i), image);
-    }
-  }
+  for (const char* sample : kSamples) ExpectSense(Sample(sample), Sample(sample));
+  ForEachDamaged(200, ExpectSense);
 }
 
 TEST(Salvage, KeepsAllThatIsSure) {

@@ -4,6 +4,7 @@
 #include <fstream>
 #include <regex>
 
+#include "image_builder.h"
 #include "tool_run.h"
 
 namespace {
@@ -71,15 +72,12 @@ std::string PatternOf(std::string fact) {
 }
 
 class ShowSample : public testing::TestWithParam<const char*> {};
-INSTANTIATE_TEST_SUITE_P(Samples, ShowSample,
-                         testing::Values("empty", "mixed_full", "movie_recorder", "odd_layout",
-                                         "still_camera"));
+INSTANTIATE_TEST_SUITE_P(Samples, ShowSample, testing::ValuesIn(VESKA::kSamples));
 
 TEST_P(ShowSample, ShowsEveryFact) {
-  const std::string sample = Sample(GetParam());
-  const ToolRun run = RunTool({"show", sample + ".ifo"});
+  const ToolRun run = RunTool({"show", SamplePath(GetParam())});
   ASSERT_EQ(run.status, veska_tool::ExitStatus::kDone) << run.err;
-  std::ifstream facts(sample + ".facts.txt");
+  std::ifstream facts(SamplePath(GetParam(), ".facts.txt"));
   int count = 0;
   for (std::string fact; std::getline(facts, fact); ++count) {
     const std::string pattern = PatternOf(fact);
