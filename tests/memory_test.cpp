@@ -120,7 +120,7 @@ TEST(Memory, AnImageCannotUseMoreThanItsSizeJustifies) {
     Disc disc;
     Repeat(kMost, [&] { disc.makers.AddNode(); });
     const Bytes image = disc.Image() + Zeros(0x10000);
-    expect_refused("manufacturer informations",
+    expect_refused("manufacturer records",
                    PointAllAt(Word(64), disc.Header().MNFIT_SA + 38, kMost, image));
   }
 }
@@ -145,7 +145,7 @@ TEST(Memory, EveryHonestImageLoads) {
        [](Disc& d) { d.vobs.AddNode()->M_VOBI.GetTimeMapTable().AddVobuENNode(); }},
       {"still groups of one entry", kMost, [](Disc& d) { d.groups.AddNode()->S_VOGI.AddNode(); }},
       {"audio groups of one entry", kMost, [](Disc& d) { d.audio.AddNode()->S_AAGI.AddNode(); }},
-      {"manufacturer informations", 1679, [](Disc& d) { d.makers.AddNode(); }}};
+      {"manufacturer records", 1679, [](Disc& d) { d.makers.AddNode(); }}};
   for (const auto& test : cases) {
     Disc disc;
     Repeat(test.count, [&] { test.add(disc); });

@@ -16,7 +16,7 @@ bool HasEmptyItem(Index& index, Table table) {
   return false;
 }
 
-/// True when the short addresses of the texts and of the manufacturer informations reach them all.
+/// True when the short addresses of the texts and of the manufacturer records reach them all.
 inline bool AddressesReach(VESKA::CVMGInfo& info) {
   VESKA::CTextDataMgr& texts = info.GetTextDataMgr();
   std::uint64_t end = sizeof(VESKA::tag_TXTDITI) + 4U * static_cast<unsigned>(texts.GetCount());

@@ -144,7 +144,7 @@ TEST(Json, RefusesMoreItemsThanACountHolds) {
 
 TEST(Json, RefusesTextThatIsNotJson) {
   for (const char* text : {"", "{", "{\"version\": 1,}", "[1 2]", R"({"a": {"b": 1, "b": 2}})",
-                           "\xff", "{\"version\": 01}"}) {
+                           "\xff", "{\"version\": 01}", "1e400"}) {
     EXPECT_THROW(veska_tool::ParseJson(text, "test"), Failure) << text;
   }
 }

@@ -61,6 +61,24 @@ TEST(Manual, DescribesEveryCommandAndOptionAndNoOther) {
   EXPECT_TRUE(sections.empty()) << sections.begin()->first << " is no command";
 }
 
+TEST(Manual, PageAndCompletionsHaveEveryCommandAndOption) {
+  CLI::App tool;
+  std::function<ExitStatus()> run;
+  veska_tool::DeclareAll(tool, run);
+  std::string page;  // in which a dash is escaped
+  for (const char c : veska_tool::ManualPage(tool)) page += c == '\\' ? "" : std::string(1, c);
+  for (const std::string& text :
+       {page, veska_tool::BashCompletion(tool), veska_tool::ZshCompletion(tool)}) {
+    for (const auto& [command, options] : Options()) {
+      EXPECT_NE(text.find(command), std::string::npos) << command << " in " << text;
+      for (const std::string& option : options) {
+        EXPECT_NE(text.find(option), std::string::npos) << option << " in " << text;
+      }
+    }
+    EXPECT_NE(text.find("join-programs"), std::string::npos) << text;
+  }
+}
+
 TEST(Manual, ListsCommandsAndExitStatuses) {
   const std::string text = ReadFile<std::string>(kProject / "docs/tool.md");
   std::string commands;

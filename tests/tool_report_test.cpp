@@ -209,7 +209,7 @@ TEST(Report, FollowsNothingThatIsNotThere) {
   for (const int cell : {0, 3, 0xFFFF})
     info.GetMAT().GetPlayListTable().AddNode()->cell_point.cell = static_cast<std::uint16_t>(cell);
   info.GetMovieAVFileTable().GetMovieAVFile().AddNode();
-  PageOf(info, {"cell 0, which there is not", "cell 3, which there is not", "nowhere",
+  PageOf(info, {"cell 0, which does not exist", "cell 3, which does not exist", "nowhere",
                 "has no VOBU with a playback time"});
 }
 

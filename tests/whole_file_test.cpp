@@ -38,6 +38,22 @@ TEST(Samples, ThoseInCanonicalFormComeBackByteForByte) {
   }
 }
 
+// Where the size of an image wraps, what does not fit into that many bytes is not written.
+TEST(Samples, AreWrittenWithinTheirSizeWhateverEndAddressesClaim) {
+  const Bytes image = Sample("mixed_full");
+  for (const std::uint32_t extra : {0U, 1U, 40U, 520U, 3000U}) {
+    const std::uint32_t end =
+        std::uint32_t{0} - static_cast<std::uint32_t>(image.size()) + 709 + extra;
+    CVMGInfo info;
+    ASSERT_TRUE(Load(info, image.With(1108, Long(end))));
+    if (sizeof(unsigned long) > 4) {
+      EXPECT_EQ(info.GetDataSize(), (std::uint64_t{1} << 32) + extra);
+    } else {
+      EXPECT_EQ(Written(info).size(), extra);
+    }
+  }
+}
+
 TEST(Samples, AreEqualWhenTheyStandTheSameInAFile) {
   const Bytes image = Sample("mixed_full");
   CVMGInfo info;

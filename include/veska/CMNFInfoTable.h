@@ -10,8 +10,8 @@ namespace VESKA {
 class ImageReader;
 class ImageWriter;
 
-/// The manufacturer informations of the disc (MNFIT): a 38-byte header, 2 bytes for each one's
-/// address, then the informations, 37 bytes and a data block of any length each. The file stores no
+/// The manufacturer records of the disc (MNFIT): a 38-byte header, 2 bytes for each one's
+/// address, then the records, 37 bytes and a data block of any length each. The file stores no
 /// length: it follows from the addresses. These have 16 bits: a table whose items would start
 /// beyond 65,535 is kept in memory, and `CVMGInfo::SaveToFile` refuses to save it.
 ///

@@ -451,7 +451,7 @@ static_assert(sizeof(tag_IT_TXT) == 2 + sizeof(void*));
 
 /// The header of the manufacturer information table.
 struct tag_MNFITI {
-  std::uint16_t MNFI_Ns;   ///< number of manufacturer informations, 0 to 65,535; derived
+  std::uint16_t MNFI_Ns;   ///< number of manufacturer records, 0 to 65,535; derived
   std::uint32_t MNFIT_EA;  ///< end address of the table, from its start; derived
   unsigned char LAST_MNF_ID[32];
 

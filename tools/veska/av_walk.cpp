@@ -268,7 +268,7 @@ std::uint64_t TableWalk::WalkAudioPart(AudioPart part, std::optional<std::uint64
   if (at == 0) {
     if (part.streams.value == 0 && part.presence.value == 0) return 0;
     Report(Code::kAddressOutside, part.streams.offset, PathOf(Part::kAudioStreams),
-           "they stand behind the still groups, whose size is not known");
+           "they stand after the still groups, whose size is not known");
     AddLost(Part::kAudioStreams, 0);
     return 0;
   }

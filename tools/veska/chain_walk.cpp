@@ -1,4 +1,4 @@
-// The walk over program chains, texts and manufacturer informations.
+// The walk over program chains, texts and manufacturer records.
 #include <veska/records.h>
 
 #include <algorithm>
@@ -187,7 +187,7 @@ std::uint64_t TableWalk::EndOfTexts(std::uint64_t at, std::uint64_t end) {
   return at;
 }
 
-// --- Manufacturer informations -------------------------------------------------------------------
+// --- Manufacturer records -------------------------------------------------------------------
 
 std::uint64_t TableWalk::Manufacturers(std::uint64_t at) {
   Add(Part::kManufacturerHeader, at, kFileSize<tag_MNFITI>);
@@ -216,7 +216,7 @@ std::uint64_t TableWalk::Manufacturers(std::uint64_t at) {
   return end;
 }
 
-/// The informations with their ends, which are the addresses of the next ones. Where two addresses
+/// The records with their ends, which are the addresses of the next ones. Where two addresses
 /// leave an information less than its fixed bytes, the one that does not fit in with the others is
 /// wrong.
 std::vector<Item> TableWalk::InformationsOf(const Index& index, const Room& room) {

@@ -26,7 +26,7 @@ std::function<ExitStatus()> Declare(CLI::App& app) {
 extern const Command kCompleteCommand;
 const Command kCompleteCommand = {
     "complete", "Load a management file, compute what follows from its tables, and save it",
-    "The tables are laid out one behind the other in the order of the format; counts, sizes and\n"
+    "The tables are laid out one after the other in the order of the format; counts, sizes and\n"
     "addresses are set by what the tables hold. All else stays as it is. OUT may be IN.\n",
     "  veska complete VR_MANGR.IFO -o completed.ifo\n", Declare};
 

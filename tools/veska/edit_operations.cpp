@@ -110,7 +110,7 @@ void SplitProgram(Edit& edit, const Arguments& arguments) {
 void JoinPrograms(Edit& edit, const Arguments& arguments) {
   ChainEditor chain(edit.info, edit.notes);
   chain.JoinPrograms(
-      arguments.Position(0, "program with another behind it", chain.ProgramCount() - 1));
+      arguments.Position(0, "program with another after it", chain.ProgramCount() - 1));
 }
 
 void DeleteCell(Edit& edit, const Arguments& arguments) {
@@ -188,7 +188,7 @@ constexpr EditOperation kOperations[] = {
     {"split-program", "N CELL",
      "make a second program of the cells of program N from CELL on, with the same text",
      SplitProgram},
-    {"join-programs", "N", "give the cells of the program behind N to N, and delete the former",
+    {"join-programs", "N", "give the cells of the program after N to N, and delete the former",
      JoinPrograms},
     {"delete-cell", "N", "delete cell N; a program that loses its last cell stays", DeleteCell},
     {"move-cell", "N TO",

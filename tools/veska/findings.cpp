@@ -35,7 +35,7 @@ constexpr CatalogueEntry kCatalogue[] = {
      "the end address lies before the end of the last structure"},
     {Code::kEndTooHigh, Severity::kError, "any",
      "the end address lies in the next table or past the end of the file"},
-    {Code::kEndBehind, Severity::kWarning, "any", "the end address lies behind the last structure"},
+    {Code::kEndBehind, Severity::kWarning, "any", "the end address lies after the last structure"},
     {Code::kTableMissing, Severity::kWarning, "header",
      "a table that is always written is missing"},
     {Code::kChainMissing, Severity::kError, "header",

@@ -241,7 +241,7 @@ void Checker::CheckTexts(const Structure& set) {
     if (next > end) {
       Report(Code::kTextPastSet, set, at,
              "text " + std::to_string(number) + " ends " + Plural(next - end, "byte") +
-                 " behind the set");
+                 " after the set");
       return;
     }
     at = next;

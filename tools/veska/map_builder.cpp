@@ -49,7 +49,7 @@ std::int32_t MapBuilder::Add(Part part, std::uint64_t offset, std::uint64_t size
     At(added).state = State::kCut;
     SetState(State::kCut);
     Report(Code::kPastFile, offset, map_.PathOf(added),
-           std::to_string(size - At(added).size) + " of its bytes lie behind the end of the file");
+           std::to_string(size - At(added).size) + " of its bytes lie after the end of the file");
   }
   return added;
 }
@@ -71,7 +71,7 @@ void MapBuilder::AddCounted(Part part, std::uint64_t offset, std::uint64_t size,
   run.state = State::kCut;
   SetState(State::kCut);
   Report(Code::kPastFile, count.offset, Here(),
-         Is(count) + ", and the file ends behind " + std::to_string(there) + " of them");
+         Is(count) + ", and the file ends after " + std::to_string(there) + " of them");
 }
 
 std::uint64_t MapBuilder::EndOfEntries(std::uint64_t at, std::uint64_t count, EntrySize size) {

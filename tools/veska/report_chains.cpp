@@ -101,7 +101,7 @@ std::string Place(Report& report, VESKA::tag_CELL_POINT point) {
   VESKA::CPGCInfo& chain = report.Chain();
   if (point.cell == kNoCell) return "nowhere";
   if (chain.GetCellNode(point.cell - 1) == nullptr) {
-    return "cell " + std::to_string(point.cell) + ", which there is not";
+    return "cell " + std::to_string(point.cell) + ", which does not exist";
   }
   std::string place = "cell " + std::to_string(point.cell);
   int end = 0;

@@ -135,7 +135,7 @@ std::string ReportPage(const std::string& name, std::span<const unsigned char> b
   AddStillGroups(report);
   report.page += R"(</main>
 <footer class="note">Made by veska. Programs, cells, play lists, chains and VOBs are numbered from
-1. Texts are shown as the disc has them, with \xNN for bytes that are no UTF-8.</footer>
+1. Texts are shown as the disc has them, with \xNN for bytes that are not UTF-8.</footer>
 </body>
 </html>
 )";

@@ -3,8 +3,10 @@
 #include <veska/layouts.h>
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <initializer_list>
+#include <numeric>
 #include <string_view>
 #include <vector>
 
@@ -61,7 +63,8 @@ class SalvageReport {
     }
     if (counts.empty()) counts = table == Table::kHeader ? "read" : "nothing in it";
     if (is_lost) counts = "lost";
-    text_ += std::string(NameOf(table)) + ": " + counts + "\n" + lines_;
+    texts_[static_cast<std::size_t>(table)] =
+        std::string(NameOf(table)) + ": " + counts + "\n" + lines_;
     counts_.clear();
     lines_.clear();
   }
@@ -69,7 +72,7 @@ class SalvageReport {
   bool IsWhole() const { return is_whole_; }
   /// How much was read in all.
   std::uint64_t Kept() const { return kept_; }
-  const std::string& Text() const { return text_; }
+  std::string Text() const { return std::accumulate(texts_.begin(), texts_.end(), std::string()); }
 
  private:
   struct Counted {
@@ -79,7 +82,7 @@ class SalvageReport {
   };
   std::vector<Counted> counts_;
   std::string lines_;
-  std::string text_;
+  std::array<std::string, kTables> texts_;  // in the order of the file, not of reading
   std::uint64_t kept_ = 0;
   bool is_whole_ = true;
 };
@@ -129,7 +132,7 @@ class Salvager {
   void TakeFromPrograms(CPGCInfo& chain, const std::vector<bool>& kept, const std::string& where);
   void ConvertCellPoints();
   void DropLostCells(const std::vector<bool>& kept);
-  void ClearPointsToNoCell();
+  void ClearPointsToNoCell(bool has_all_cells);
 
   ImageBytes image_;
   Findings findings_;
@@ -350,15 +353,19 @@ bool Salvager::ReadGroup(const Structure& group, const char* count, Group& to) {
 
 void Salvager::ReadOriginalChain() {
   const Structure* table = TableOf(Table::kOriginalChain);
+  bool has_all_cells = false;
   if (table == nullptr) {
     report_.Lost("the chain is lost");
   } else if (table->state != State::kLost) {
     const std::vector<bool> kept = ReadChain(*table, info_->GetOriginalPGC());
+    const Structure* index = Find(ChildrenOf(table), Part::kCellIndex);
+    has_all_cells =
+        index == nullptr || std::count(kept.begin(), kept.end(), true) == index->counted;
     ConvertCellPoints();
     TakeFromPrograms(info_->GetOriginalPGC(), kept, "");
     DropLostCells(kept);
   }
-  ClearPointsToNoCell();
+  ClearPointsToNoCell(has_all_cells);
   EndTable(Table::kOriginalChain);
 }
 
@@ -496,14 +503,18 @@ void Salvager::DropLostCells(const std::vector<bool>& kept) {
   }
 }
 
-void Salvager::ClearPointsToNoCell() {
+/// What a user-defined chain names beside the cells of a chain that is whole is no loss, and is
+/// left.
+void Salvager::ClearPointsToNoCell(bool has_all_cells) {
   const int cells = info_->GetOriginalPGC().GetCellCount();
-  VisitCellPoints(*info_, [&](tag_CELL_POINT& point, const std::string& holder, bool) {
+  VisitCellPoints(*info_, [&](tag_CELL_POINT& point, const std::string& holder, bool converts) {
+    const bool in_user_chain = !converts;
+    if (has_all_cells && in_user_chain) return;
     if (point.cell == kNoCell || (point.cell != 0 && point.cell <= cells)) return;
     const bool is_unset = point == tag_CELL_POINT{} && holder.starts_with("header");
     if (is_unset) return;
     report_.Lost(holder + ": named cell " + std::to_string(point.cell) +
-                 ", which there is not, and names none");
+                 ", which does not exist, and names none");
     point.cell = kNoCell;
   });
 }
@@ -609,8 +620,8 @@ SalvageResult Salvager::Salvage() {
   ReadHeader();
   ReadMovieTable();
   ReadStillTable();
-  ReadOriginalChain();
   ReadUserChains();
+  ReadOriginalChain();  // behind all that names its cells, which are renumbered where some are lost
   ReadTexts();
   ReadManufacturers();
   result.report = report_.Text() + TakenLines(findings_);

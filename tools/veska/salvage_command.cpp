@@ -37,9 +37,9 @@ const Command kSalvageCommand = {
     "Nothing is invented: what refers to a lost cell refers to none, and a count or an address is\n"
     "taken otherwise than it stands there only where everything else implies the same one value.\n"
     "The new file loads and passes `veska check` without errors. Exits with 1 when something was\n"
-    "lost, and when nothing could be read; then nothing is written. The report goes to standard\n"
-    "error when OUT is standard output. An undamaged file is written in the canonical layout. OUT\n"
-    "may be IN.\n",
+    "lost or taken otherwise, and when nothing could be read; then nothing is written. The report\n"
+    "goes to standard error when OUT is standard output. An undamaged file is written in the\n"
+    "canonical layout. OUT may be IN.\n",
     "  veska salvage VR_MANGR.IFO -o salvaged.ifo\n", Declare};
 
 }  // namespace veska_tool
