@@ -219,11 +219,15 @@ TEST(CheckTest, KeepsTheFirstFindingsOfEachCode) {
   EXPECT_EQ(findings.Count(Code::kPointToNoCell), 4U);
   EXPECT_EQ(findings.Omitted(Code::kPointToNoCell), 1U);
 
-  // Of two counts that are too high, only the first is kept, and yet the other is a known cause.
-  const Bytes counts = VESKA::Sample("mixed_full").With(1283, Word(60000)).With(2093, Word(60000));
-  for (const Finding& finding : CheckImage(counts, 1).findings.Kept()) {
-    EXPECT_EQ(finding.stands.find("memory"), std::string::npos) << finding.stands;
-  }
+  // Of two counts that are too high only the first is kept, and yet the other is a known cause.
+  const Bytes counts = VESKA::Sample("mixed_full").With(1283, Word(7)).With(2093, Word(60000));
+  const CheckResult result = CheckImage(counts, 1);
+  const auto kept = result.findings.Kept();
+  const auto found = std::find_if(kept.begin(), kept.end(), [](const Finding& finding) {
+    return finding.code == Code::kDoesNotLoad;
+  });
+  ASSERT_NE(found, kept.end());
+  EXPECT_EQ(found->stands.find("memory"), std::string::npos) << found->stands;
 }
 
 TEST(CheckTest, ExitStatusFollowsTheWorstFinding) {
