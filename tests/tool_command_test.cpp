@@ -8,9 +8,7 @@
 
 namespace {
 
-using VESKA::Byte;
 using VESKA::Bytes;
-using VESKA::Long;
 using VESKA::ReadFile;
 using VESKA::Sample;
 using veska_tool::ExitStatus;
