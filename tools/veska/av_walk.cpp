@@ -174,39 +174,33 @@ std::uint64_t TableWalk::StillTable(std::uint64_t at) {
   return end;
 }
 
-IndexWalk::ItemKind TableWalk::StillGroups() {
-  constexpr std::uint64_t kInfo = kFileSize<tag_S_VOG_GI>;
-  return {[this](const Item&, std::uint64_t at) {
-            return EndOfEntries(at + kInfo, image_.Read<tag_S_VOG_GI>(at).S_VOB_Ns, StillEntrySize);
+/// A group of entries: its information, in which the field `count_name` counts them, and they.
+template <class Info>
+IndexWalk::ItemKind TableWalk::GroupsOf(const GroupParts& parts, const char* count_name,
+                                        EntrySize size) {
+  constexpr std::uint64_t kInfo = kFileSize<Info>;
+  return {[=, this](const Item&, std::uint64_t at) {
+            return EndOfEntries(at + kInfo, Number<Info>(count_name, at).value, size);
           },
-          [this](const Item& item, std::uint32_t number) {
+          [=, this](const Item& item, std::uint32_t number) {
             std::uint64_t end = 0;
-            AddWhole(Part::kStillGroup, item.at, number, [&] {
-              Add(Part::kGroupInfo, item.at, kInfo);
-              end = AddEntries(Part::kStillEntries, item.at + kInfo,
-                               Number<tag_S_VOG_GI>("S_VOB_Ns", item.at), 0xFF, StillEntrySize,
-                               item.fit);
+            AddWhole(parts.group, item.at, number, [&] {
+              Add(parts.info, item.at, kInfo);
+              end = AddEntries(parts.entries, item.at + kInfo, Number<Info>(count_name, item.at),
+                               0xFF, size, item.fit);
             });
             return end;
           }};
 }
 
+IndexWalk::ItemKind TableWalk::StillGroups() {
+  return GroupsOf<tag_S_VOG_GI>({Part::kStillGroup, Part::kGroupInfo, Part::kStillEntries},
+                                "S_VOB_Ns", StillEntrySize);
+}
+
 IndexWalk::ItemKind TableWalk::AudioGroups() {
-  constexpr std::uint64_t kInfo = kFileSize<tag_S_AAG_GI>;
-  return {[this](const Item&, std::uint64_t at) {
-            return EndOfEntries(at + kInfo, image_.Read<tag_S_AAG_GI>(at).AA_ENT_Ns,
-                                AudioEntrySize);
-          },
-          [this](const Item& item, std::uint32_t number) {
-            std::uint64_t end = 0;
-            AddWhole(Part::kAudioGroup, item.at, number, [&] {
-              Add(Part::kAudioGroupInfo, item.at, kInfo);
-              end = AddEntries(Part::kAudioEntries, item.at + kInfo,
-                               Number<tag_S_AAG_GI>("AA_ENT_Ns", item.at), 0xFF, AudioEntrySize,
-                               item.fit);
-            });
-            return end;
-          }};
+  return GroupsOf<tag_S_AAG_GI>({Part::kAudioGroup, Part::kAudioGroupInfo, Part::kAudioEntries},
+                                "AA_ENT_Ns", AudioEntrySize);
 }
 
 /// True when the header of the table places an index of audio groups that stands in order, with its

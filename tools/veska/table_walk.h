@@ -51,6 +51,11 @@ class TableWalk : private IndexWalk {
   std::uint64_t Vob(const Item& item, std::uint32_t number);
   std::uint64_t TimeMap(std::uint64_t at, const Fit& fit);
   bool FitTimeMap(std::uint64_t at, const Fit& fit, FileNumber& times, FileNumber& vobus);
+  struct GroupParts {
+    Part group, info, entries;
+  };
+  template <class Info>
+  ItemKind GroupsOf(const GroupParts& parts, const char* count_name, EntrySize size);
   ItemKind StillGroups();
   ItemKind AudioGroups();
   /// What stands behind the still groups.
