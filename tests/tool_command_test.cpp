@@ -33,7 +33,7 @@ TEST(Command, SaysWhatItDidAndWritesNothingOtherwise) {
       {{"complete", "@/full", "-o", "@/out"}, kFile, "exists already", kOld},
       {{"complete", "@/full", "-o", "@/out", "--force"}, kDone, "", full},
       {{"complete", "@/cut", "-o", "@/out", "--force"}, kFound, "cannot be read within", kOld},
-      {{"complete", "@/full", "-o", "@/none/out"}, kFile, "cannot be written: No such file", kOld},
+      {{"complete", "@/full", "-o", "@/none/out"}, kFile, "out: cannot be written", kOld},
       {{"complete", "@/full", "-o", "@"}, kFile, "it is a folder", kOld},
       {{"salvage", "@/full", "-o", "@/out", "--force"}, kDone, "6 of 6 VOBs", full},
       {{"salvage", "@/out", "-o", "@/new"}, kFound, "nothing can be read of it", kOld},

@@ -175,10 +175,10 @@ void CVMGInfo::AutoComplete() {
   header.VMG_EA = static_cast<std::uint32_t>(end - 1);
 }
 
-// Adding up a chain of 60,000 cells takes half as long as writing it. Where it stands as
-// AutoComplete places it, it lies within the image whatever its size is, and writing it tells the
-// size that bounds all others. Where the size may not fit its type, it is added up all the same:
-// then the buffer has what is left of it.
+// Adding up a chain of 60,000 cells takes half as long as writing it. Where all stands as
+// AutoComplete places it, what is before the chain ends where it begins, and writing it tells where
+// it ends itself. Where the size may not fit its type, it is added up all the same: the buffer has
+// what is left of it.
 void CVMGInfo::GetData(unsigned char* out) {
   constexpr bool kSizesFit = std::numeric_limits<unsigned long>::digits == 64;
   const tag_VMGI_MAT_HEADER& header = mat_.GetHeader();
@@ -189,10 +189,9 @@ void CVMGInfo::GetData(unsigned char* out) {
       header.M_AVFIT_SA == movie && header.S_AVFIT_SA == still && header.ORG_PGCI_SA == chain;
   if (!kSizesFit || !in_place) return Write(ImageWriter(out, GetDataSize(), nullptr));
 
+  WriteMaterial(ImageWriter(out, chain, nullptr));
   const std::uint64_t size = SizeOfOthers() + original_.Write(ImageWriter(out).At(chain));
-  const ImageWriter image(out, size, nullptr);
-  WriteMaterial(image);
-  WriteRest(image);
+  WriteRest(ImageWriter(out, size, nullptr));
 }
 
 void CVMGInfo::Write(const ImageWriter& out) {
