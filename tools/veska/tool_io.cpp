@@ -44,10 +44,14 @@ File Open(const fs::path& path, const char* mode) {
 }
 void MakeBinary(std::FILE* stream) { ::_setmode(::_fileno(stream), _O_BINARY); }
 bool IsTerminal(std::FILE* stream) { return ::_isatty(::_fileno(stream)) != 0; }
+void ForgetErrors() { ::SetLastError(ERROR_SUCCESS); }
+std::error_code LastError() { return {static_cast<int>(::GetLastError()), std::system_category()}; }
 #else
 File Open(const fs::path& path, const char* mode) { return File(std::fopen(path.c_str(), mode)); }
 void MakeBinary(std::FILE*) {}
 bool IsTerminal(std::FILE* stream) { return ::isatty(::fileno(stream)) != 0; }
+void ForgetErrors() { errno = 0; }
+std::error_code LastError() { return {errno, std::generic_category()}; }
 #endif
 
 std::string SystemMessage(int error) { return std::generic_category().message(error); }
@@ -60,9 +64,10 @@ std::string SystemMessage(int error) { return std::generic_category().message(er
   throw Failure(ExitStatus::kFile, where, "cannot be written: " + what);
 }
 
-/// By the reason that the system gave, where it gave one.
+/// By the reason that the system gave since `ForgetErrors`, if it gave one.
 [[noreturn]] void FailToWrite(const fs::path& path) {
-  FailToWrite(NameOf(path), errno != 0 ? SystemMessage(errno) : "saving failed");
+  const std::error_code error = LastError();
+  FailToWrite(NameOf(path), error ? error.message() : "saving failed");
 }
 
 Bytes ReadStream(std::FILE* stream, const std::string& where) {
@@ -193,7 +198,7 @@ void WriteOutput(const std::string& file, std::span<const unsigned char> bytes, 
   }
   CheckOutput(file, force);
   const fs::path path = PathOf(file);
-  errno = 0;
+  ForgetErrors();
   if (!VESKA::WriteWholeFile(path, bytes.data(), bytes.size())) FailToWrite(path);
 }
 
@@ -234,7 +239,7 @@ void SaveInfo(const std::string& file, VESKA::CVMGInfo& info, bool force) {
   CheckOutput(file, force);
   const Bytes image = ImageOf(file, info);
   if (IsStandard(file)) return WriteOutput(file, image, force);
-  errno = 0;
+  ForgetErrors();
   const fs::path path = PathOf(file);
   if (!info.SaveToFile(path)) FailToWrite(path);
 }
