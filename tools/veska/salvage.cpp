@@ -359,8 +359,8 @@ void Salvager::ReadOriginalChain() {
   } else if (table->state != State::kLost) {
     const std::vector<bool> kept = ReadChain(*table, info_->GetOriginalPGC());
     const Structure* index = Find(ChildrenOf(table), Part::kCellIndex);
-    has_all_cells =
-        index == nullptr || std::count(kept.begin(), kept.end(), true) == index->counted;
+    has_all_cells = index == nullptr || static_cast<std::uint32_t>(std::count(
+                                            kept.begin(), kept.end(), true)) == index->counted;
     ConvertCellPoints();
     TakeFromPrograms(info_->GetOriginalPGC(), kept, "");
     DropLostCells(kept);
