@@ -22,6 +22,15 @@ namespace VESKA {
 /// The kind of a cell: `CMovieCell` or `CStillCell`. Any value but 0 is taken as a still cell.
 enum tag_CELL_TYPE : int { CELL_MOVIE = 0, CELL_STILL = 1 };
 
+/// The bits of `C_TY` that hold the kind of a cell.
+inline constexpr unsigned kCellKindBits = 0xE0;
+
+/// The kind that `C_TY` names: 000 is a movie cell, all others are still cells (001 is the format's
+/// own).
+constexpr tag_CELL_TYPE CellKind(std::uint8_t C_TY) {
+  return (C_TY & kCellKindBits) == 0 ? CELL_MOVIE : CELL_STILL;
+}
+
 /// The kind of a new entry point of a cell. Any value but 1 is taken as short.
 enum tag_CELL_ENTRY_TYPE : int {
   CELL_ENTRY_SHORT = 0,  ///< without block

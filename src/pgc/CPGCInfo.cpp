@@ -1,6 +1,7 @@
 #include <veska/CPGCInfo.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <memory>
 #include <new>
 #include <type_traits>
@@ -11,8 +12,8 @@
 namespace VESKA {
 namespace {
 
-constexpr unsigned kFirstStillKind =
-    0x20;  // the kind in bits 7 to 5 of a cell's C_TY: 000 for movie
+constexpr std::uint64_t kKindOffset = offsetof(tag_M_C_GI, C_TY);
+static_assert(kKindOffset == offsetof(tag_S_C_GI, C_TY));
 
 /// Calls `action` with the cell as the class that its type names.
 template <class Action>
@@ -72,8 +73,7 @@ void CPGCInfo::Read(const ImageReader& image) {
   cells_.Reserve(header_.CI_SRP_Ns);
   for (std::uint64_t i = 0; i < count; ++i, pointer += kAddressSize) {
     const auto address = FromFile<std::uint32_t>(pointer);
-    const bool is_still = image.Byte(std::uint64_t{address} + 1) >= kFirstStillKind;
-    CellItem* item = cells_.Add(is_still ? CELL_STILL : CELL_MOVIE);
+    CellItem* item = cells_.Add(CellKind(image.Byte(address + kKindOffset)));
     item->CI_SA = address;
     item->CI->Read(image.At(address));
   }

@@ -6,8 +6,7 @@
 namespace VESKA {
 namespace {
 
-constexpr unsigned kKindMask = 0xE0;  // bits 7 to 5 of C_TY
-constexpr unsigned kStillKind = 0x20;
+constexpr unsigned kStillKind = 0x20;  // in the bits of C_TY that hold the kind: 001
 
 /// The bytes that an entry point takes in the file.
 template <class Entry>
@@ -70,7 +69,7 @@ Entry* CellOf<Header, Entry, Type>::WithBlock(Entry* entry, int i, tag_CELL_ENTR
 template <class Header, class Entry, tag_CELL_TYPE Type>
 void CellOf<Header, Entry, Type>::AutoComplete() {
   header_.C_EPI_Ns = static_cast<std::uint16_t>(GetCount());
-  const unsigned rest = header_.C_TY & ~kKindMask;
+  const unsigned rest = header_.C_TY & ~kCellKindBits;
   header_.C_TY = static_cast<std::uint8_t>(rest | (Type == CELL_STILL ? kStillKind : 0));
 }
 

@@ -12,8 +12,7 @@ using namespace VESKA;
 namespace {
 
 constexpr unsigned kAddressSize = 4;
-constexpr unsigned kFirstStillKind = 0x20;  // of a cell's C_TY: bits 7 to 5 not 000
-constexpr unsigned kTextPointerSize = 4;    // a 16-bit address, a 16-bit size
+constexpr unsigned kTextPointerSize = 4;  // a 16-bit address, a 16-bit size
 constexpr unsigned kShortAddressSize = 2;
 constexpr std::uint64_t kInformationSize = kFileSize<tag_A_MNFI>;
 
@@ -28,7 +27,7 @@ unsigned MovieEntryPointSize(std::uint8_t type) { return EntryPointSize<tag_M_C_
 unsigned StillEntryPointSize(std::uint8_t type) { return EntryPointSize<tag_S_C_EPI>(type); }
 
 bool IsStillCell(const ImageBytes& image, std::uint64_t at) {
-  return image.Byte(at + offsetof(tag_M_C_GI, C_TY)) >= kFirstStillKind;
+  return CellKind(image.Byte(at + offsetof(tag_M_C_GI, C_TY))) == CELL_STILL;
 }
 
 // --- Chains --------------------------------------------------------------------------------------

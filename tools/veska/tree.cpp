@@ -202,9 +202,8 @@ class Walk {
 
   template <class CellClass>
   void CellOfKind(CellClass& cell) {
-    constexpr unsigned kKindBits = 0xE0;
     Header(cell);
-    to_.Expect(((cell.GetHeader().C_TY & kKindBits) == 0) == (cell.GetType() == CELL_MOVIE), "C_TY",
+    to_.Expect(CellKind(cell.GetHeader().C_TY) == cell.GetType(), "C_TY",
                "bits 7 to 5 that are 000 for a movie cell and not 000 for a still cell");
     to_.List("entries", kWord, cell.GetCount(), [&](int i) { EntryPoint(cell, i); });
   }
