@@ -18,6 +18,14 @@ foreach(kind static shared)
     DESTINATION ${cmake_dir}
     COMPONENT development)
 endforeach()
+# In a set of its own, so that a host that brings the library along can export what links to it.
+install(TARGETS veska EXPORT veska)
+install(
+  EXPORT veska
+  NAMESPACE veska::
+  FILE veska_chosen.cmake
+  DESTINATION ${cmake_dir}
+  COMPONENT development)
 
 configure_package_config_file(
   cmake/veskaConfig.cmake.in ${PROJECT_BINARY_DIR}/veskaConfig.cmake INSTALL_DESTINATION ${cmake_dir})
@@ -28,8 +36,10 @@ install(
   DESTINATION ${cmake_dir}
   COMPONENT development)
 
-# The way back to the prefix, so that an installed tree can be moved.
-file(RELATIVE_PATH pc_to_prefix ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+# Relative, so that an installed tree can be moved.
+set(pc_dir ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig)
+file(RELATIVE_PATH pc_to_prefix ${pc_dir} ${CMAKE_INSTALL_PREFIX})
+file(RELATIVE_PATH pc_to_include ${pc_dir} ${CMAKE_INSTALL_FULL_INCLUDEDIR})
 configure_file(cmake/veska.pc.in ${PROJECT_BINARY_DIR}/veska.pc @ONLY)
 install(
   FILES ${PROJECT_BINARY_DIR}/veska.pc
@@ -60,9 +70,18 @@ if(TARGET veska_tool)
     FILES ${pages}/veska
     DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
     COMPONENT tool)
+  if(VESKA_PACKAGE)
+    set(zsh_dir vendor-completions)
+  else()
+    set(zsh_dir site-functions)
+  endif()
   install(
     FILES ${pages}/_veska
-    DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/${zsh_dir}
+    COMPONENT tool)
+  install(
+    FILES docs/tool.md docs/check.md docs/json.md docs/format.md docs/veska.schema.json
+    DESTINATION ${CMAKE_INSTALL_DOCDIR}
     COMPONENT tool)
 endif()
 

@@ -8,6 +8,8 @@
 
 namespace {
 
+constexpr unsigned kNoCell = 0xFFFF;
+
 /// The readable part of a text area: up to the first zero byte, other bytes than ASCII text as
 /// dots.
 std::string Readable(const unsigned char (&area)[128]) {
@@ -48,7 +50,10 @@ int main(int argc, char** argv) {
   }
   VESKA::CPlayListSRPTable& play_lists = info.GetMAT().GetPlayListTable();
   for (int i = 0; i < play_lists.GetCount(); ++i) {
-    std::cout << "Play list " << i + 1 << ": " << Readable(play_lists[i]->text_8) << '\n';
+    std::cout << "Play list " << i + 1 << ": " << Readable(play_lists[i]->text_8);
+    const unsigned cell = play_lists[i]->cell_point.cell;
+    if (cell != kNoCell) std::cout << " (from cell " << cell << ')';
+    std::cout << '\n';
   }
   return 0;
 }

@@ -62,9 +62,10 @@ TEST(Hostile, WithstandsLiesAtEveryOffset) {
   for (const char* sample : {"empty", "still_camera", "odd_layout"}) {
     const Bytes image = Sample(sample);
     const std::size_t size = image.size();
-    const Bytes lies[] = {Hex("00"),      Hex("7F"),   Hex("80"),      Hex("FF"),      Hex("0000"),
-                          Hex("0001"),    Hex("FFFF"), Word(size),     Long(0),        Long(1),
-                          Long(size - 1), Long(size),  Long(size + 1), Hex("FFFFFFFF")};
+    const Bytes lies[] = {Hex("00"),      Hex("7F"),      Hex("80"),      Hex("FF"),
+                          Hex("0000"),    Hex("0001"),    Hex("FFFF"),    Word(size - 1),
+                          Word(size),     Word(size + 1), Long(0),        Long(1),
+                          Long(size - 1), Long(size),     Long(size + 1), Hex("FFFFFFFF")};
     for (const Bytes& lie : lies) {
       for (std::size_t at = 0; at + lie.size() <= size; ++at) {
         if (!attack.Withstands(image.With(at, lie))) {

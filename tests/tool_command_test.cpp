@@ -51,6 +51,9 @@ TEST(Command, SaysWhatItDidAndWritesNothingOtherwise) {
        kOld},
       {{"report", "@/full", "-o", "@/out"}, kFile, "exists already", kOld},
       {{"complete", "--help"}, kDone, "Overwrite an existing OUT", kOld},
+      {{"help"}, kDone, "Find what is inconsistent", kOld},
+      {{"help", "complete"}, kDone, "Overwrite an existing OUT", kOld},
+      {{"help", "nothing"}, ExitStatus::kUsage, "COMMAND: nothing not in", kOld},
   };
   for (const auto& test : cases) {
     const TemporaryFolder folder;

@@ -9,10 +9,12 @@
 
 namespace VESKA {
 
-/// How a record holds its block.
+/// How a record holds its block: what gives the block (null for none), its size in bytes (0 for
+/// none), and what sets both.
 template <class Record>
 struct BlockOf;
 
+/// @cond the same three for each record
 template <class Entry>
 struct EntryBlock {
   static unsigned char* Get(const Entry& entry) { return entry.block; }
@@ -49,6 +51,7 @@ struct BlockOf<tag_A_MNFI_ITEM> {
     item.A_MNFI.MNF_DATA_SZ = static_cast<std::uint32_t>(size);
   }
 };
+/// @endcond
 
 /// A record list that owns its records' blocks as well. Those of a list that was loaded or copied
 /// lie together behind the records, in the same allocation; those set later are allocated one by
@@ -59,6 +62,8 @@ class BlockList : private RecordList<Record, Limit> {
   using Block = BlockOf<Record>;
 
  public:
+  ///@{
+  /// As in `RecordList`.
   using Base::Add;
   using Base::begin;
   using Base::BlockSize;
@@ -67,8 +72,10 @@ class BlockList : private RecordList<Record, Limit> {
   using Base::Get;
   using Base::Insert;
   using Base::IsEmpty;
+  ///@}
 
   BlockList() = default;
+  /// Copies the records and their blocks into one allocation. Throws `std::bad_alloc`.
   BlockList(const BlockList& other) : BlockList() {
     std::uint64_t bytes = 0;
     for (const Record& record : other) bytes += Block::Size(record);
@@ -77,6 +84,7 @@ class BlockList : private RecordList<Record, Limit> {
       SetFirstBlock(*Base::Add(record), Block::Get(record), Block::Size(record), room);
     }
   }
+  /// As by copying; the list stays as it is where that throws.
   BlockList& operator=(const BlockList& other) {
     if (this != &other) {
       BlockList copy(other);
@@ -87,11 +95,14 @@ class BlockList : private RecordList<Record, Limit> {
   }
   ~BlockList() { Clear(); }
 
+  /// Deletes every record and its block.
   void Clear() {
     ReleaseAll();
     Base::Clear();
   }
 
+  /// Deletes the record at position `i` and its block. False, changing nothing, when out of range or
+  /// without memory.
   bool Delete(int i) {
     const Record* record = Get(i);
     if (record == nullptr) return false;
@@ -140,6 +151,7 @@ class BlockList : private RecordList<Record, Limit> {
     return true;
   }
 
+  /// Equal when the records are, in order.
   bool operator==(const BlockList& other) const {
     return static_cast<const Base&>(*this) == static_cast<const Base&>(other);
   }

@@ -10,8 +10,7 @@ class ImageReader;
 class ImageWriter;
 
 /// What a program chain knows of its cells. `GetType` names the class, `CMovieCell` or
-/// `CStillCell`, to which a pointer to a cell can be converted. The operations are those of
-/// `CellOf`.
+/// `CStillCell`, to which a pointer to a cell can be converted.
 class VESKA_API CBaseCell {
  public:
   CBaseCell() = default;
@@ -19,18 +18,31 @@ class VESKA_API CBaseCell {
   CBaseCell& operator=(const CBaseCell&) = default;
   virtual ~CBaseCell();
 
+  /// `CELL_MOVIE` or `CELL_STILL`, by the class, whatever the header says.
   virtual tag_CELL_TYPE GetType() = 0;
+  /// Reads the cell that starts at `data`, and trusts the caller that the image holds all that the
+  /// counts in it say. False when there is no memory.
   virtual bool Parse(unsigned char* const data) = 0;
+  /// Zeroes the header and deletes every entry point.
   virtual void Clear() = 0;
+  /// True when there are no entry points.
   virtual bool IsEmpty() const = 0;
+  /// The number of entry points.
   virtual int GetCount() const = 0;
+  /// Sets `C_EPI_Ns` from the list, and bits 7 to 5 of `C_TY`.
   virtual void AutoComplete() = 0;
+  /// The size in the file in bytes: the header and the first entry points as the header counts
+  /// them.
   virtual unsigned long GetDataSize() const = 0;
+  /// Writes the cell with all its entry points in file order at `out`. Call `AutoComplete` before,
+  /// so that `GetDataSize()` bytes are enough.
   virtual void GetData(unsigned char* out) = 0;
 
+  ///@{
   /// For the tables of the library. `Write` returns `GetDataSize()`.
   virtual void Read(const ImageReader& image) = 0;
   virtual std::uint64_t Write(const ImageWriter& out) const = 0;
+  ///@}
 };
 
 }  // namespace VESKA

@@ -16,8 +16,9 @@ class ImageWriter;
 /// beyond 65,535 is kept in memory, and `CVMGInfo::SaveToFile` refuses to save it.
 ///
 /// Pointers to items stay valid until the item is deleted or the table is cleared, parsed or
-/// assigned to. List operations leave the header as it is; `AutoComplete` brings it up to date. One
-/// thread at a time.
+/// assigned to. List operations leave the header as it is; `AutoComplete` brings it up to date. A
+/// list operation that finds no memory changes nothing and returns what it returns out of range.
+/// One thread at a time.
 class VESKA_API CMNFInfoTable {
  public:
   CMNFInfoTable() = default;
@@ -34,15 +35,18 @@ class VESKA_API CMNFInfoTable {
   /// block. False when there is no memory.
   bool Parse(unsigned char* const data);
 
+  /// The header, as the last `Parse` or `AutoComplete` left it.
   const tag_MNFITI& GetHeader() const { return header_; }
   /// Sets `LAST_MNF_ID` to the 32 bytes at `id`.
   void SetLastMNFID(unsigned char* const id);
 
   /// The number of items.
   int GetCount() const { return items_.Count(); }
+  ///@{
   /// The item at position `index`, null when out of range.
   tag_A_MNFI_ITEM* GetNode(int index) { return items_.Get(index); }
   tag_A_MNFI_ITEM* operator[](int index) { return items_.Get(index); }
+  ///@}
   /// Appends an item of zero bytes without data block; null beyond 65,535.
   tag_A_MNFI_ITEM* AddNode() { return items_.Add(); }
   /// Places such an item before position `index`, which must be an item's; null otherwise.
@@ -62,11 +66,14 @@ class VESKA_API CMNFInfoTable {
   /// holds at least `GetDataSize()` bytes.
   void GetData(unsigned char* out);
 
+  /// Equal when both would stand the same in a file.
   bool operator==(const CMNFInfoTable& other) const;
 
+  ///@{
   /// For the tables of the library.
   void Read(const ImageReader& image);
   void Write(const ImageWriter& out) const;
+  ///@}
 
  private:
   tag_MNFITI header_{};

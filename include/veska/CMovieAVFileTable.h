@@ -16,7 +16,8 @@ class ImageWriter;
 ///
 /// Pointers to stream records stay valid until the record is deleted or the table is cleared,
 /// parsed or assigned to. List operations leave the header as it is; `AutoComplete` brings it up to
-/// date. One thread at a time.
+/// date. A list operation that finds no memory changes nothing and returns what it returns out of
+/// range. One thread at a time.
 class VESKA_API CMovieAVFileTable {
  public:
   CMovieAVFileTable() = default;
@@ -32,11 +33,14 @@ class VESKA_API CMovieAVFileTable {
   /// the counts and addresses in it say. False when there is no memory.
   bool Parse(unsigned char* const data);
 
+  /// The header, as the last `Parse` or `AutoComplete` left it.
   const tag_M_AVFITI& GetHeader() const { return header_; }
   /// True when `M_AVFI_Ns` was 1 at the last `Parse` or `AutoComplete`.
   bool HasMovieAVFile() { return header_.M_AVFI_Ns == 1; }
+  /// The index of the movie VOBs.
   CMovieAVFile& GetMovieAVFile() { return av_file_; }
 
+  ///@{
   /// The stream records: their number; the one at `index` (null when out of range); a new one of
   /// zero bytes appended, or placed before the one at `index` (null when out of range or beyond
   /// 255); the one at `index` deleted (false when out of range).
@@ -45,6 +49,7 @@ class VESKA_API CMovieAVFileTable {
   tag_M_VOB_STI* AddStreamNode() { return streams_.Add(); }
   tag_M_VOB_STI* InsertStreamNode(int index) { return streams_.Insert(index); }
   bool DeleteStreamNode(int index) { return streams_.Delete(index); }
+  ///@}
 
   /// Completes the AV file, then the counts and the end address.
   void AutoComplete();
@@ -56,9 +61,11 @@ class VESKA_API CMovieAVFileTable {
 
   bool operator==(const CMovieAVFileTable&) const = default;
 
+  ///@{
   /// For the tables of the library.
   void Read(const ImageReader& image);
   void Write(const ImageWriter& out) const;
+  ///@}
 
  private:
   tag_M_AVFITI header_{};

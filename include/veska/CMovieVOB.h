@@ -30,10 +30,13 @@ class VESKA_API CMovieVOB {
   /// the counts and addresses in it say. False when there is no memory.
   bool Parse(unsigned char* const data);
 
+  ///@{
+  /// The four parts, which the host sets.
   tag_M_VOB_GI& GetHeader() { return header_; }
   tag_SMLI& GetSeamlessInfo() { return seamless_; }
   tag_AGAPI& GetAudioGaps() { return audio_gaps_; }
   CTimeMapTable& GetTimeMapTable() { return time_map_; }
+  ///@}
 
   /// Completes the time map.
   void AutoComplete() { time_map_.AutoComplete(); }
@@ -43,11 +46,14 @@ class VESKA_API CMovieVOB {
   /// last `AutoComplete`: call it before, so that `GetDataSize()` bytes are enough.
   void GetData(unsigned char* out);
 
+  /// Equal when both would stand the same in a file.
   bool operator==(const CMovieVOB& other) const;
 
+  ///@{
   /// For the tables of the library. `Write` returns `GetDataSize()`.
   void Read(const ImageReader& image);
   std::uint64_t Write(const ImageWriter& out) const;
+  ///@}
 
  private:
   tag_M_VOB_GI header_{};

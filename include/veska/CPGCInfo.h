@@ -26,7 +26,8 @@ struct tag_C_ITEM {
 /// Programs and cells are two independent lists. No operation renumbers anything or keeps them in
 /// step: that is the host's. Pointers to programs and cells stay valid, also when they are moved,
 /// until they are deleted or the chain is cleared, parsed or assigned to. List operations leave the
-/// header as it is; `AutoComplete` brings it up to date. One thread at a time.
+/// header as it is; `AutoComplete` brings it up to date. A list operation that finds no memory
+/// changes nothing and returns what it returns out of range. One thread at a time.
 class VESKA_API CPGCInfo {
  public:
   /// The kinds of cell that a program holds.
@@ -50,8 +51,10 @@ class VESKA_API CPGCInfo {
   /// the counts and addresses in it say. False when there is no memory.
   bool Parse(unsigned char* const data);
 
+  /// The header, as the last `Parse` or `AutoComplete` left it.
   const tag_PGC_GI& GetHeader() { return header_; }
 
+  ///@{
   /// The programs: their number; the one at `pg` (null when out of range); a new one of zero bytes
   /// appended, or placed before the one at `pg` (null when out of range or beyond 255); the one at
   /// `pg` deleted (false when out of range). A new program's cell point names cell 0, which is
@@ -61,11 +64,13 @@ class VESKA_API CPGCInfo {
   tag_PGI* AddPGNode() { return programs_.Add(); }
   tag_PGI* InsertPGNode(int pg) { return programs_.Insert(pg); }
   bool DeletePGNode(int pg) { return programs_.Delete(pg); }
+  ///@}
   /// Moves the programs at `first` to `last`, both included, to positions `first + shift` to
   /// `last + shift`. False, changing nothing, when one of these is out of range or first > last +
   /// 1; first = last + 1 moves nothing and is true.
   bool MovePGNodes(int first, int last, int shift) { return programs_.Move(first, last, shift); }
 
+  ///@{
   /// The cells, in the same way, up to 65,535: `CELL_MOVIE` makes a `CMovieCell`, any other type a
   /// `CStillCell`.
   int GetCellCount() const { return cells_.Count(); }
@@ -74,6 +79,7 @@ class VESKA_API CPGCInfo {
   tag_C_ITEM* InsertCellNode(int cell, tag_CELL_TYPE type) { return cells_.Insert(cell, type); }
   bool DeleteCellNode(int cell) { return cells_.Delete(cell); }
   bool MoveCellNodes(int first, int last, int shift) { return cells_.Move(first, last, shift); }
+  ///@}
 
   /// The 0-based position of the first cell of program `pg`: the sum of `C_Ns` over the programs
   /// before it; over all programs when `pg` is out of range.
@@ -92,9 +98,11 @@ class VESKA_API CPGCInfo {
 
   bool operator==(const CPGCInfo&) const = default;
 
+  ///@{
   /// For the tables of the library. `Write` returns `GetDataSize()`.
   void Read(const ImageReader& image);
   std::uint64_t Write(const ImageWriter& out) const;
+  ///@}
 
  private:
   /// A cell with its item, so that the cells of a list share one block of memory.

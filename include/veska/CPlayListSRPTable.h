@@ -14,7 +14,8 @@ class ImageWriter;
 /// stands at offset 512, right behind the header of the file.
 ///
 /// Pointers to records stay valid until the record is deleted or the table is cleared, parsed or
-/// assigned to. List operations leave the header as it is; `AutoComplete` brings it up to date.
+/// assigned to. List operations leave the header as it is; `AutoComplete` brings it up to date. A
+/// list operation that finds no memory changes nothing and returns what it returns out of range.
 /// One thread at a time.
 class VESKA_API CPlayListSRPTable {
  public:
@@ -31,13 +32,16 @@ class VESKA_API CPlayListSRPTable {
   /// the counts and addresses in it say. False when there is no memory.
   bool Parse(unsigned char* const data);
 
+  /// The header, as the last `Parse` or `AutoComplete` left it.
   const tag_PL_SRPTI& GetHeader() const { return header_; }
 
   /// The number of play lists.
   int GetCount() const { return records_.Count(); }
+  ///@{
   /// The play list at position `index`, null when out of range.
   tag_PL_SRP* GetNode(int index) { return records_.Get(index); }
   tag_PL_SRP* operator[](int index) { return records_.Get(index); }
+  ///@}
   /// Appends a play list of zero bytes; null beyond 255.
   tag_PL_SRP* AddNode() { return records_.Add(); }
   /// Places such a play list before position `index`, which must be one's; null otherwise.
@@ -60,9 +64,11 @@ class VESKA_API CPlayListSRPTable {
 
   bool operator==(const CPlayListSRPTable&) const = default;
 
+  ///@{
   /// For the tables of the library.
   void Read(const ImageReader& image);
   void Write(const ImageWriter& out) const;
+  ///@}
 
  private:
   tag_PL_SRPTI header_{};

@@ -17,7 +17,8 @@ class ImageWriter;
 /// and the index of the additional audio groups when there are any.
 ///
 /// Pointers to records stay valid until the record is deleted or the table is cleared, parsed or
-/// assigned to. List operations leave the header as it is; `AutoComplete` brings it up to date.
+/// assigned to. List operations leave the header as it is; `AutoComplete` brings it up to date. A
+/// list operation that finds no memory changes nothing and returns what it returns out of range.
 /// One thread at a time.
 class VESKA_API CStillAVFileTable {
  public:
@@ -34,14 +35,18 @@ class VESKA_API CStillAVFileTable {
   /// the counts and addresses in it say. False when there is no memory.
   bool Parse(unsigned char* const data);
 
+  /// The header, as the last `Parse` or `AutoComplete` left it.
   const tag_S_AVFITI& GetHeader() const { return header_; }
   /// True when `S_AVFI_Ns` was 1 at the last `Parse` or `AutoComplete`.
   bool HasStillAVFile() { return header_.S_AVFI_Ns == 1; }
   /// True when `S_AAFI_Ns` was 1 at the last `Parse` or `AutoComplete`.
   bool HasAdditionalAFile() { return header_.S_AAFI_Ns == 1; }
+  /// The index of the still VOB groups.
   CStillAVFile& GetStillAVFile() { return av_file_; }
+  /// The index of the additional audio groups.
   CAdditionalAFile& GetAdditionalAFile() { return audio_file_; }
 
+  ///@{
   /// The still stream records: their number; the one at `index` (null when out of range); a new one
   /// of zero bytes appended, or placed before the one at `index` (null when out of range or beyond
   /// 255); the one at `index` deleted (false when out of range).
@@ -50,13 +55,16 @@ class VESKA_API CStillAVFileTable {
   tag_S_VOB_STI* AddVOBStreamNode() { return streams_.Add(); }
   tag_S_VOB_STI* InsertVOBStreamNode(int index) { return streams_.Insert(index); }
   bool DeleteVOBStreamNode(int index) { return streams_.Delete(index); }
+  ///@}
 
+  ///@{
   /// The additional audio stream records, in the same way.
   int GetAAStreamCount() const { return audio_streams_.Count(); }
   tag_S_A_ATR* GetAAStreamNode(int index) { return audio_streams_.Get(index); }
   tag_S_A_ATR* AddAAStreamNode() { return audio_streams_.Add(); }
   tag_S_A_ATR* InsertAAStreamNode(int index) { return audio_streams_.Insert(index); }
   bool DeleteAAStreamNode(int index) { return audio_streams_.Delete(index); }
+  ///@}
 
   /// Completes both files, then the counts and the end address.
   void AutoComplete();
@@ -68,9 +76,11 @@ class VESKA_API CStillAVFileTable {
 
   bool operator==(const CStillAVFileTable&) const = default;
 
+  ///@{
   /// For the tables of the library.
   void Read(const ImageReader& image);
   void Write(const ImageWriter& out) const;
+  ///@}
 
  private:
   tag_S_AVFITI header_{};

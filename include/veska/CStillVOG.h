@@ -16,7 +16,8 @@ class ImageWriter;
 ///
 /// Pointers to entries stay valid until the entry is deleted or the group is cleared, parsed or
 /// assigned to. List operations leave the header as it is; `AutoComplete` brings its count up to
-/// date. One thread at a time.
+/// date. A list operation that finds no memory changes nothing and returns what it returns out of
+/// range. One thread at a time.
 class VESKA_API CStillVOG {
  public:
   CStillVOG() = default;
@@ -32,13 +33,16 @@ class VESKA_API CStillVOG {
   /// the counts and addresses in it say. False when there is no memory.
   bool Parse(unsigned char* const data);
 
+  /// The general information, which the host sets but for the count.
   tag_S_VOG_GI& GetHeader() { return header_; }
 
   /// The number of entries.
   int GetCount() const { return entries_.Count(); }
+  ///@{
   /// The entry at position `index`, null when out of range.
   tag_S_VOB_ENT* GetNode(int index) { return entries_.Get(index); }
   tag_S_VOB_ENT* operator[](int index) { return entries_.Get(index); }
+  ///@}
   /// Appends an entry of nine zero bytes (form 0); null beyond 255.
   tag_S_VOB_ENT* AddNode() { return entries_.Add(); }
   /// Places such an entry before position `index`, which must be an entry's; null otherwise.
@@ -57,11 +61,14 @@ class VESKA_API CStillVOG {
   /// The sum of `PCKs` over all entries and of `EXT1_PCKs` over those that have it.
   unsigned long GetPackCount();
 
+  /// Equal when both would stand the same in a file.
   bool operator==(const CStillVOG& other) const;
 
+  ///@{
   /// For the tables of the library. `Write` returns `GetDataSize()`.
   void Read(const ImageReader& image);
   std::uint64_t Write(const ImageWriter& out) const;
+  ///@}
 
  private:
   tag_S_VOG_GI header_{};

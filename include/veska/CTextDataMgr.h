@@ -25,8 +25,9 @@ struct tag_IT_TXT_ITEM {
 /// whose items need more is kept in memory, and `CVMGInfo::SaveToFile` refuses to save it.
 ///
 /// Pointers to items stay valid until the item is deleted or the manager is cleared, parsed or
-/// assigned to. List operations leave the header as it is; `AutoComplete` brings it up to date. One
-/// thread at a time.
+/// assigned to. List operations leave the header as it is; `AutoComplete` brings it up to date. A
+/// list operation that finds no memory changes nothing and returns what it returns out of range.
+/// One thread at a time.
 class VESKA_API CTextDataMgr {
  public:
   CTextDataMgr() = default;
@@ -42,15 +43,18 @@ class VESKA_API CTextDataMgr {
   /// the counts and addresses in it say. False when there is no memory.
   bool Parse(unsigned char* const data);
 
+  /// The header, as the last `Parse` or `AutoComplete` left it.
   const tag_TXTDITI& GetHeader() const { return header_; }
   /// Sets `CHRS`, the character set code of the texts.
   void SetCharSet(unsigned char code) { header_.CHRS = code; }
 
   /// The number of items.
   int GetCount() const { return items_.Count(); }
+  ///@{
   /// The item at position `index`, null when out of range.
   tag_IT_TXT_ITEM* GetNode(int index) { return items_.Get(index); }
   tag_IT_TXT_ITEM* operator[](int index) { return items_.Get(index); }
+  ///@}
   /// Appends an item without texts; null beyond 65,535.
   tag_IT_TXT_ITEM* AddNode() { return items_.Add(); }
   /// Places such an item before position `index`, which must be an item's; null otherwise.
@@ -66,11 +70,14 @@ class VESKA_API CTextDataMgr {
   /// nothing when empty. `out` holds at least `GetDataSize()` bytes.
   void GetData(unsigned char* out);
 
+  /// Equal when both would stand the same in a file.
   bool operator==(const CTextDataMgr& other) const;
 
+  ///@{
   /// For the tables of the library.
   void Read(const ImageReader& image);
   void Write(const ImageWriter& out) const;
+  ///@}
 
  private:
   tag_TXTDITI header_{};

@@ -15,7 +15,8 @@ class ImageWriter;
 /// size stands in the manager.
 ///
 /// Pointers to records stay valid until the record is deleted or the set is cleared, parsed or
-/// assigned to. One thread at a time.
+/// assigned to. A list operation that finds no memory changes nothing and returns what it returns
+/// out of range. One thread at a time.
 class VESKA_API CTextSet {
  public:
   CTextSet() = default;
@@ -33,9 +34,11 @@ class VESKA_API CTextSet {
 
   /// The number of texts.
   int GetCount() const { return records_.Count(); }
+  ///@{
   /// The text at position `i`, null when out of range.
   tag_IT_TXT* GetNode(int i) { return records_.Get(i); }
   tag_IT_TXT* operator[](int i) { return records_.Get(i); }
+  ///@}
   /// Appends an empty text with code 0; null beyond 65,535.
   tag_IT_TXT* AddNode() { return records_.Add(); }
   /// Places such a text before position `i`, which must be a text's; null otherwise.
@@ -55,9 +58,11 @@ class VESKA_API CTextSet {
 
   bool operator==(const CTextSet&) const = default;
 
+  ///@{
   /// For the tables of the library.
   void Read(const ImageReader& image, std::uint64_t size);
   void Write(const ImageWriter& out) const;
+  ///@}
 
  private:
   BlockList<tag_IT_TXT, 0xFFFF> records_;

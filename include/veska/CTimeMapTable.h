@@ -15,7 +15,8 @@ class ImageWriter;
 ///
 /// Pointers to entries stay valid until the entry is deleted or its list is cleared, parsed or
 /// assigned to. List operations leave the header as it is; `AutoComplete` brings its counts up to
-/// date. One thread at a time.
+/// date. A list operation that finds no memory changes nothing and returns what it returns out of
+/// range. One thread at a time.
 class VESKA_API CTimeMapTable {
  public:
   CTimeMapTable() = default;
@@ -25,15 +26,18 @@ class VESKA_API CTimeMapTable {
 
   /// Zeroes the header and deletes every entry.
   void Clear();
+  ///@{
   /// Delete every entry of one list; the header keeps its counts.
   void ClearTimeEntrys() { times_.Clear(); }
   void ClearVobuEntrys() { vobus_.Clear(); }
+  ///@}
   /// True when both lists are empty.
   bool IsEmpty() const { return times_.IsEmpty() && vobus_.IsEmpty(); }
   /// Reads the structure that starts at `data`, and trusts the caller that the image holds all that
   /// the counts and addresses in it say. False when there is no memory.
   bool Parse(unsigned char* const data);
 
+  /// The header, as the last `Parse` or `AutoComplete` left it.
   const tag_TMAP_GI& GetHeader() const { return header_; }
   /// Sets `TM_OSF`, which the library does not interpret.
   void SetTimeOffset(unsigned short value) { header_.TM_OSF = value; }
@@ -42,6 +46,7 @@ class VESKA_API CTimeMapTable {
     header_.VOBU_ADR_OSF = static_cast<std::uint32_t>(value);
   }
 
+  ///@{
   /// The time entries: their number; the one at `index` (null when out of range); a new one of zero
   /// bytes appended, or placed before the one at `index` (null when out of range or beyond 65,535);
   /// the one at `index` deleted (false when out of range).
@@ -50,13 +55,16 @@ class VESKA_API CTimeMapTable {
   tag_TM_ENT* AddTimeENNode() { return times_.Add(); }
   tag_TM_ENT* InsertTimeENNode(int index) { return times_.Insert(index); }
   bool DeleteTimeENNode(int index) { return times_.Delete(index); }
+  ///@}
 
+  ///@{
   /// The VOBU entries, in the same way.
   int GetVobuENCount() const { return vobus_.Count(); }
   tag_VOBU_ENT* GetVobuENNode(int index) { return vobus_.Get(index); }
   tag_VOBU_ENT* AddVobuENNode() { return vobus_.Add(); }
   tag_VOBU_ENT* InsertVobuENNode(int index) { return vobus_.Insert(index); }
   bool DeleteVobuENNode(int index) { return vobus_.Delete(index); }
+  ///@}
 
   /// The VOB's size in packs of 2,048 bytes: the sum of `VOBU_SZ` over the VOBU entries.
   unsigned long GetPackCount();
@@ -71,11 +79,14 @@ class VESKA_API CTimeMapTable {
   /// last `AutoComplete`: call it before, so that `GetDataSize()` bytes are enough.
   void GetData(unsigned char* out);
 
+  /// Equal when both would stand the same in a file.
   bool operator==(const CTimeMapTable& other) const;
 
+  ///@{
   /// For the tables of the library. `Write` returns `GetDataSize()`.
   void Read(const ImageReader& image);
   std::uint64_t Write(const ImageWriter& out) const;
+  ///@}
 
  private:
   tag_TMAP_GI header_{};

@@ -23,8 +23,9 @@ struct tag_UD_PGCI_ITEM {
 /// then the chains. The positions of the cell points in their programs stay in file order.
 ///
 /// Pointers to items stay valid until the item is deleted or the table is cleared, parsed or
-/// assigned to. List operations leave the header as it is; `AutoComplete` brings it up to date. One
-/// thread at a time.
+/// assigned to. List operations leave the header as it is; `AutoComplete` brings it up to date. A
+/// list operation that finds no memory changes nothing and returns what it returns out of range.
+/// One thread at a time.
 class VESKA_API CUserPGCTable {
  public:
   CUserPGCTable() = default;
@@ -40,13 +41,16 @@ class VESKA_API CUserPGCTable {
   /// the counts and addresses in it say. False when there is no memory.
   bool Parse(unsigned char* const data);
 
+  /// The header, as the last `Parse` or `AutoComplete` left it.
   const tag_UD_PGCITI& GetHeader() const { return header_; }
 
   /// The number of chains.
   int GetCount() const { return items_.Count(); }
+  ///@{
   /// The chain at position `index`, null when out of range.
   tag_UD_PGCI_ITEM* GetNode(int index) { return items_.Get(index); }
   tag_UD_PGCI_ITEM* operator[](int index) { return items_.Get(index); }
+  ///@}
   /// Appends an empty chain with address 0; null beyond 255.
   tag_UD_PGCI_ITEM* AddNode() { return items_.Add(); }
   /// Places such a chain before position `index`, which must be a chain's; null otherwise.
@@ -62,11 +66,14 @@ class VESKA_API CUserPGCTable {
   /// last `AutoComplete`: call it before, so that `GetDataSize()` bytes are enough.
   void GetData(unsigned char* out);
 
+  /// Equal when both would stand the same in a file.
   bool operator==(const CUserPGCTable& other) const;
 
+  ///@{
   /// For the tables of the library.
   void Read(const ImageReader& image);
   void Write(const ImageWriter& out) const;
+  ///@}
 
  private:
   tag_UD_PGCITI header_{};

@@ -28,7 +28,9 @@ class VESKA_API CVMGI_MAT {
   /// the counts and addresses in it say. False when there is no memory.
   bool Parse(unsigned char* const data);
 
+  /// The header of the file.
   tag_VMGI_MAT_HEADER& GetHeader() { return header_; }
+  /// The table of the play lists.
   CPlayListSRPTable& GetPlayListTable() { return play_lists_; }
 
   /// Completes the play list table, then `VMGI_MAT_EA`.
@@ -41,9 +43,11 @@ class VESKA_API CVMGI_MAT {
 
   bool operator==(const CVMGI_MAT&) const = default;
 
+  ///@{
   /// For the tables of the library.
   void Read(const ImageReader& image);
   void Write(const ImageWriter& out) const;
+  ///@}
 
  private:
   tag_VMGI_MAT_HEADER header_{};

@@ -114,6 +114,8 @@ class VESKA_API CVMGInfo {
   /// the header holds. What would pass the end, since the addresses are stale, is left out.
   void GetData(unsigned char* out);
 
+  ///@{
+  /// The tables of the file.
   CVMGI_MAT& GetMAT() { return mat_; }
   CMovieAVFileTable& GetMovieAVFileTable() { return movie_; }
   CStillAVFileTable& GetStillAVFileTable() { return still_; }
@@ -121,7 +123,9 @@ class VESKA_API CVMGInfo {
   CUserPGCTable& GetUserPGCTable() { return user_chains_; }
   CTextDataMgr& GetTextDataMgr() { return texts_; }
   CMNFInfoTable& GetMNFInfoTable() { return manufacturers_; }
+  ///@}
 
+  ///@{
   /// True when the table is not empty, whatever the addresses in the header say.
   bool HasMovieAVFileTable() const { return !movie_.IsEmpty(); }
   bool HasStillAVFileTable() const { return !still_.IsEmpty(); }
@@ -129,6 +133,7 @@ class VESKA_API CVMGInfo {
   bool HasUserPGCTable() const { return !user_chains_.IsEmpty(); }
   bool HasTextDataMgr() const { return !texts_.IsEmpty(); }
   bool HasMNFInfoTable() const { return !manufacturers_.IsEmpty(); }
+  ///@}
 
   /// True when both would stand the same in a file.
   bool operator==(const CVMGInfo&) const = default;

@@ -15,7 +15,8 @@ namespace VESKA {
 ///
 /// The host sets the header's fields through `GetHeader`; `AutoComplete` sets the number of entry
 /// points and the kind of the cell. Pointers to entry points stay valid until the entry point is
-/// deleted or the cell is cleared, parsed or assigned to. One thread at a time.
+/// deleted or the cell is cleared, parsed or assigned to. A list operation that finds no memory
+/// changes nothing and returns what it returns out of range. One thread at a time.
 template <class Header, class Entry, tag_CELL_TYPE Type>
 class CellOf : public CBaseCell {
  public:
@@ -23,32 +24,24 @@ class CellOf : public CBaseCell {
   CellOf(const CellOf&) = default;
   CellOf& operator=(const CellOf&) = default;
 
-  /// The kind of this class, whatever the header says.
   tag_CELL_TYPE GetType() override { return Type; }
-  /// Reads the cell that starts at `data`, and trusts the caller that the image holds all that the
-  /// counts in it say. False when there is no memory.
   bool Parse(unsigned char* const data) override;
-  /// Zeroes the header and deletes every entry point.
   void Clear() override;
-  /// True when there are no entry points.
   bool IsEmpty() const override { return entries_.IsEmpty(); }
-  /// The number of entry points.
   int GetCount() const override { return entries_.Count(); }
-  /// Sets `C_EPI_Ns` from the list, and bits 7 to 5 of `C_TY`.
   void AutoComplete() override;
-  /// The size in the file in bytes: the header and the first entry points as the header counts
-  /// them.
   unsigned long GetDataSize() const override;
-  /// Writes the cell with all its entry points in file order at `out`. Call `AutoComplete` before,
-  /// so that `GetDataSize()` bytes are enough.
   void GetData(unsigned char* out) override;
 
+  /// The header.
   Header& GetHeader() { return header_; }
+  ///@{
   /// The entry point at position `i`, null when out of range.
   Entry* GetNode(int i) { return entries_.Get(i); }
   Entry* operator[](int i) { return entries_.Get(i); }
+  ///@}
   /// Appends an entry point of zero bytes, with a block of zero bytes for `CELL_ENTRY_LONG`; the
-  /// host then sets its `EP_TY`. Null beyond 65,535 or without memory.
+  /// host then sets its `EP_TY`. Null beyond 65,535.
   Entry* AddNode(tag_CELL_ENTRY_TYPE type) {
     Entry* entry = entries_.Add();
     return WithBlock(entry, GetCount() - 1, type);
@@ -60,6 +53,7 @@ class CellOf : public CBaseCell {
   /// Deletes the entry point and its block; false when out of range.
   bool DeleteNode(int i) { return entries_.Delete(i); }
 
+  /// Equal when both would stand the same in a file.
   bool operator==(const CellOf& other) const {
     return header_ == other.header_ && entries_ == other.entries_;
   }

@@ -20,7 +20,8 @@ class ImageWriter;
 /// in memory and here, and `CVMGInfo::SaveToFile` refuses to save it.
 ///
 /// Accessors hand out pointers that stay valid until the item is deleted or the index is cleared,
-/// parsed or assigned to. One thread at a time.
+/// parsed or assigned to. A list operation that finds no memory changes nothing and returns what it
+/// returns out of range. One thread at a time.
 template <class Header, class Item, auto Address, auto Table>
 class ItemIndex {
  public:
@@ -29,6 +30,7 @@ class ItemIndex {
   ItemIndex& operator=(const ItemIndex&) = default;
   virtual ~ItemIndex() = default;
 
+  /// Zeroes the header and deletes every item.
   void Clear();
   /// True when there are no items.
   bool IsEmpty() const { return items_.IsEmpty(); }
@@ -43,9 +45,11 @@ class ItemIndex {
 
   /// The number of items.
   int GetCount() const { return items_.Count(); }
+  ///@{
   /// The item at position `index`, null when out of range.
   Item* GetNode(int index) { return items_.Get(index); }
   Item* operator[](int index) { return items_.Get(index); }
+  ///@}
   /// Appends an item with address 0 and an empty table; null beyond 65,535 items.
   Item* AddNode() { return items_.Add(); }
   /// Places such an item before position `index`, which must be an item's; null otherwise.
@@ -64,11 +68,14 @@ class ItemIndex {
   /// before, so that `GetDataSize()` bytes are enough.
   void GetData(unsigned char* out);
 
+  /// Equal when both would stand the same in a file.
   bool operator==(const ItemIndex& other) const;
 
+  ///@{
   /// For the tables of the library. `Write` returns `GetDataSize()`.
   void Read(const ImageReader& table, unsigned long offset);
   std::uint64_t Write(const ImageWriter& out) const;
+  ///@}
 
  private:
   Header header_{};

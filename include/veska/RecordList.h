@@ -39,7 +39,9 @@ class RecordList {
 
  public:
   RecordList() = default;
+  /// Copies the records into one block, in order. Throws `std::bad_alloc`.
   RecordList(const RecordList& other) : RecordList() { Append(other); }
+  /// As by copying; the list stays as it is where that throws.
   RecordList& operator=(const RecordList& other) {
     if (this != &other) {
       RecordList copy(other);
@@ -49,12 +51,17 @@ class RecordList {
   }
   ~RecordList() { Clear(); }
 
+  ///@{
+  /// The number of records.
   int Count() const { return count_; }
   bool IsEmpty() const { return count_ == 0; }
+  ///@}
 
+  ///@{
   /// The record at position `i`, null when out of range.
   Record* Get(int i) { return InRange(i) ? At(i) : nullptr; }
   const Record* Get(int i) const { return InRange(i) ? At(i) : nullptr; }
+  ///@}
 
   /// Appends a record made from `arguments` (zero bytes, or an empty object, without any).
   template <class... Arguments>
@@ -69,6 +76,7 @@ class RecordList {
     return InRange(i) ? Place(i, std::forward<Arguments>(arguments)...) : nullptr;
   }
 
+  /// Deletes the record at position `i`.
   bool Delete(int i) { return Delete(i, i); }
 
   /// Deletes the records at positions `first` to `last`, both included; false when first > last.
@@ -82,6 +90,7 @@ class RecordList {
     return true;
   }
 
+  /// Exchanges the positions of two records.
   bool Swap(int a, int b) {
     if (!InRange(a) || !InRange(b)) return false;
     if (a == b) return true;
@@ -110,6 +119,7 @@ class RecordList {
     return true;
   }
 
+  /// Deletes every record and gives the memory back.
   void Clear() {
     if constexpr (!std::is_trivially_destructible_v<Record>) {
       for (Record& record : *this) std::destroy_at(&record);
@@ -166,10 +176,13 @@ class RecordList {
     return count_ == other.count_ && std::equal(begin(), end(), other.begin());
   }
 
+  ///@{
+  /// The records in order.
   auto begin() { return Iterator<Record>(Base(), Positions(), 0); }
   auto end() { return Iterator<Record>(Base(), Positions(), count_); }
   auto begin() const { return Iterator<const Record>(Base(), Positions(), 0); }
   auto end() const { return Iterator<const Record>(Base(), Positions(), count_); }
+  ///@}
 
  protected:
   /// Takes over the records of a fresh copy, which nobody points to yet.
@@ -231,7 +244,9 @@ class RecordList {
 
   /// What a list needs once its records no longer lie in order in the base.
   struct Edits {
+    /// Gives a block of memory back.
     struct Free {
+      /// That of `operator new`.
       void operator()(void* block) const { ::operator delete(block); }
     };
 
@@ -370,6 +385,7 @@ class RecordList {
   std::uint16_t capacity_ = kInline;  // records that fit into the base
 };
 
+/// Walks the records in order.
 template <class Record, int Limit>
 template <class Value>
 class RecordList<Record, Limit>::Iterator {

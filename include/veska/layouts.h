@@ -25,6 +25,7 @@ enum class FieldKind : unsigned char {
   kText        ///< bytes that are never converted and often hold readable text
 };
 
+/// One field of a record.
 struct Field {
   const char* name;
   unsigned offset;  ///< from the record's first byte

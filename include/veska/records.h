@@ -190,6 +190,7 @@ struct tag_M_C_EPI {
   unsigned char*
       block;  ///< 128 bytes owned by the cell, or null; not the host's to free or replace
 
+  /// Equal when both would stand the same in a file.
   bool operator==(const tag_M_C_EPI& other) const {
     return EP_TY == other.EP_TY && time_1 == other.time_1 &&
            SameEntryBlock(EP_TY, block, other.block);
@@ -203,6 +204,7 @@ struct tag_S_C_EPI {
   std::uint8_t reserved_1;
   unsigned char* block;  ///< as in `tag_M_C_EPI`
 
+  /// Equal when both would stand the same in a file.
   bool operator==(const tag_S_C_EPI& other) const {
     return EP_TY == other.EP_TY && reserved_1 == other.reserved_1 &&
            SameEntryBlock(EP_TY, block, other.block);
@@ -360,14 +362,17 @@ static_assert(sizeof(tag_S_VOG_GI) == 18);
 /// One still VOB, in one of four forms that bits 7 and 6 of its type name. In memory every entry
 /// has the 9 bytes of the longest form; those beyond its own form carry nothing.
 struct tag_S_VOB_ENT {
+  /// What form 1 adds: the first extension.
   struct Form1 {
     std::uint16_t EXT1_PCKs;  ///< packs of the first extension
     std::uint16_t EXT1_WORD;
   };
+  /// What form 2 adds: the second extension.
   struct Form2 {
     std::uint16_t EXT2_WORD;
     std::uint8_t EXT2_BYTE;
   };
+  /// What form 3 adds: both.
   struct Form3 {
     std::uint16_t EXT1_PCKs;
     std::uint16_t EXT1_WORD;
@@ -390,6 +395,7 @@ struct tag_S_VOB_ENT {
     return 2U + ((Form() & 1U) != 0 ? 4U : 0U) + ((Form() & 2U) != 0 ? 3U : 0U);
   }
 
+  /// Equal when both would stand the same in a file.
   bool operator==(const tag_S_VOB_ENT& other) const {
     return S_VOB_ENT_TY == other.S_VOB_ENT_TY && std::memcmp(this, &other, Size()) == 0;
   }
@@ -452,6 +458,7 @@ struct tag_IT_TXT {
   unsigned char*
       text;  ///< `length` bytes owned by the set, no terminator; null when there are none
 
+  /// Equal when both would stand the same in a file.
   bool operator==(const tag_IT_TXT& other) const {
     return code == other.code && length == other.length && SameBlock(text, other.text, length);
   }
@@ -477,6 +484,7 @@ struct tag_A_MNFI {
   std::uint32_t MNF_DATA_SZ;  ///< length of the data block in bytes
   unsigned char* MNF_DATA;    ///< the data block, null when it is empty
 
+  /// Equal when both would stand the same in a file.
   bool operator==(const tag_A_MNFI& other) const {
     return std::memcmp(this, &other, offsetof(tag_A_MNFI, MNF_DATA)) == 0 &&
            SameBlock(MNF_DATA, other.MNF_DATA, MNF_DATA_SZ);

@@ -106,7 +106,6 @@ void DeclareAll(CLI::App& app, std::function<ExitStatus()>& run) {
   app.require_subcommand(1);
   const auto formatter = app.get_formatter();
   formatter->label("SUBCOMMAND", "COMMAND");
-  formatter->label("Subcommands", "Commands");
   formatter->label("Positionals", "Arguments");
   formatter->label("TEXT", "");
   formatter->label("REQUIRED", "");
@@ -114,6 +113,7 @@ void DeclareAll(CLI::App& app, std::function<ExitStatus()>& run) {
   app.footer(StatusList());
   for (const Command* command : Commands()) {
     CLI::App* sub = app.add_subcommand(command->name, command->summary);
+    sub->group("Commands");
     sub->footer(Footer(*command));
     const std::function<ExitStatus()> action = command->declare(*sub);
     for (CLI::Option* option : sub->get_options()) option->transform(Unmarked);

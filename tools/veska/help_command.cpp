@@ -1,5 +1,7 @@
 #include <CLI/CLI.hpp>
 #include <iostream>
+#include <string>
+#include <vector>
 
 #include "command.h"
 #include "manual.h"
@@ -8,6 +10,7 @@ namespace veska_tool {
 namespace {
 
 struct Options {
+  std::string command;
   bool man = false;
   bool bash = false;
   bool zsh = false;
@@ -20,14 +23,21 @@ ExitStatus RunHelp(const CLI::App& tool, const Options& options) {
     std::cout << BashCompletion(tool);
   } else if (options.zsh) {
     std::cout << ZshCompletion(tool);
+  } else if (!options.command.empty()) {
+    std::cout << tool.get_subcommand(options.command)->help(tool.get_name());
   } else {
-    std::cout << tool.help();
+    // The parser's own help would be that of the command that was given: of this one.
+    std::cout << tool.get_formatter()->make_help(&tool, "", CLI::AppFormatMode::Normal);
   }
   return ExitStatus::kDone;
 }
 
 std::function<ExitStatus()> Declare(CLI::App& app) {
   auto options = std::make_shared<Options>();
+  std::vector<std::string> names;
+  for (const Command* command : Commands()) names.emplace_back(command->name);
+  app.add_option("COMMAND", options->command, "The command to explain; all when none is given")
+      ->check(CLI::IsMember(names).description(""));
   app.add_flag("--man", options->man, "Print the manual page");
   app.add_flag("--bash", options->bash, "Print the completion for bash");
   app.add_flag("--zsh", options->zsh, "Print the completion for zsh");
@@ -37,7 +47,10 @@ std::function<ExitStatus()> Declare(CLI::App& app) {
 }  // namespace
 
 extern const Command kHelpCommand;
-const Command kHelpCommand = {"help", "Print this help, the manual page or a completion", "",
-                              "  veska help --man | man -l -\n", Declare};
+const Command kHelpCommand = {
+    "help", "Print this help, that of a command, the manual page or a completion", "",
+    "  veska help check\n"
+    "  veska help --man | man -l -\n",
+    Declare};
 
 }  // namespace veska_tool

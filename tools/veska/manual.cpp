@@ -148,7 +148,9 @@ std::string ZshOptions(const CLI::App& app) {
 }
 
 std::string ZshArguments(const Command& command) {
-  if (std::string(command.name) != "edit") return " \\\n        '*:file:_files'";
+  const std::string name = command.name;
+  if (name == "help") return " \\\n        '1:command:{ _describe command commands }'";
+  if (name != "edit") return " \\\n        '*:file:_files'";
   return " \\\n        '1:file:_files' \\\n        '*:operation:{ compadd -- " + OperationWords() +
          "; _files }'";
 }
@@ -195,6 +197,10 @@ std::string BashCompletion(const CLI::App& tool) {
          "  esac\n"
          "  if [[ $current == -* ]]; then\n"
          "    COMPREPLY=($(compgen -W \"$words\" -- \"$current\"))\n"
+         "  elif [[ ${COMP_WORDS[1]} == help ]]; then\n"
+         "    COMPREPLY=($(compgen -W \"" +
+         commands +
+         "\" -- \"$current\"))\n"
          "  else\n"
          "    compopt -o filenames 2>/dev/null\n"
          "    mapfile -t COMPREPLY < <(compgen -f -- \"$current\")\n"
