@@ -200,6 +200,10 @@ TEST(Memory, AnEditWithoutMemoryChangesNothing) {
        [](CVMGInfo& info) { return info.GetOriginalPGC().InsertPGNode(0) != nullptr; }},
       {"delete a program", [](CVMGInfo& info) { return info.GetOriginalPGC().DeletePGNode(0); }},
       {"move cells", [](CVMGInfo& info) { return info.GetOriginalPGC().MoveCellNodes(0, 1, 1); }},
+      {"swap play lists",
+       [](CVMGInfo& info) { return info.GetMAT().GetPlayListTable().SwapNode(0, 1); }},
+      {"delete a text",
+       [](CVMGInfo& info) { return info.GetTextDataMgr()[0]->IT_TXT.DeleteNode(0); }},
       {"append a long entry point",
        [](CVMGInfo& info) {
          tag_C_ITEM* item = info.GetUserPGCTable()[0]->UD_PGCI.GetCellNode(0);

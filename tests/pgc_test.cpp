@@ -111,14 +111,23 @@ TEST(ProgramChain, SizeFollowsTheLists) {
   EXPECT_TRUE(chain.IsEmpty());
   chain.AddCellNode(CELL_MOVIE);
   EXPECT_EQ(chain.AddCellNode(static_cast<tag_CELL_TYPE>(7))->CI->GetType(), CELL_STILL);
+  EXPECT_TRUE(chain.GetCellNode(1)->CI->IsEmpty());
   EXPECT_EQ(chain.GetDataSize(), 4U + 142 + 8 + 18 + 8);
   EXPECT_EQ(Completed(chain), Chain({Zeros(142)}, {MovieCell(), StillCell()}));
 
   auto* cell = new CStillCell;  // one of the host's own
   cell->AddNode(CELL_ENTRY_LONG)->EP_TY = 0x40;
+  EXPECT_FALSE(cell->IsEmpty());
   chain.InsertCellNode(0, CELL_MOVIE)->CI = cell;
   CPGCInfo copy = chain;
   EXPECT_EQ(Completed(copy), Completed(chain));
+  EXPECT_TRUE(copy == chain);
+  copy.GetCellNode(1)->CI_SA = 0;
+  EXPECT_FALSE(copy == chain);
+  CPGCInfo movie, still;
+  movie.AddCellNode(CELL_MOVIE);
+  still.AddCellNode(CELL_STILL);
+  EXPECT_FALSE(movie == still);
   EXPECT_EQ(chain.GetDataSize(), 4U + 142 + 12 + 138 + 18 + 8);
   EXPECT_TRUE(chain.DeleteCellNode(0));
 }

@@ -186,6 +186,7 @@ TEST_F(SaveTest, LoadingRefusesWhatIsNoFile) {
   CVMGInfo as_it_was;
   ASSERT_TRUE(Load(as_it_was, image_));
   EXPECT_TRUE(info_ == as_it_was);
+  EXPECT_FALSE(as_it_was.LoadFromFile(File("cut", image_.Part(0, 530)), CVMGInfo::kLoadAll));
 }
 
 TEST_F(SaveTest, LoadingByPathStaysBelow16TimesTheFile) {

@@ -23,8 +23,10 @@ TEST(TextSet, HoldsNoMoreRecordsThanAListCan) {
 
 TEST(TextSet, IsReadAndWrittenRecordByRecord) {
   CTextSet set, copy;
+  EXPECT_TRUE(set.IsEmpty());
   Parse(set, kTexts, 7UL);
   ASSERT_EQ(set.GetCount(), 2);
+  EXPECT_FALSE(set.IsEmpty());
   EXPECT_EQ(Bytes(set[0]->text, set[0]->text + set[0]->length), Hex("414243"));
   EXPECT_EQ(+set[1]->text, nullptr);
   EXPECT_EQ(Completed(set), kTexts);

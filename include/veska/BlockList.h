@@ -101,8 +101,8 @@ class BlockList : private RecordList<Record, Limit> {
     Base::Clear();
   }
 
-  /// Deletes the record at position `i` and its block. False, changing nothing, when out of range or
-  /// without memory.
+  /// Deletes the record at position `i` and its block. False, changing nothing, when out of range
+  /// or without memory.
   bool Delete(int i) {
     const Record* record = Get(i);
     if (record == nullptr) return false;

@@ -164,7 +164,8 @@ const Command kCheckCommand = {
     "Examines a file however damaged it is, and prints for each finding the offset in the file, a\n"
     "code, where it is, what stands there and what would be right. Repairs nothing. Exits with 1\n"
     "when an error was found; warnings count only with --warnings-as-errors, notes never.\n"
-    "Programs, cells, VOBs and all others are numbered from 1. The document check.md lists all codes.\n",
+    "Programs, cells, VOBs and all others are numbered from 1. The document check.md lists all "
+    "codes.\n",
     "  veska check VR_MANGR.IFO\n"
     "  veska check --json --warnings-as-errors discs/*/DVD_RTAV/VR_MANGR.IFO\n",
     Declare};
