@@ -128,15 +128,51 @@ Timed FirstWalk(Subject& subject) {
           }};
 }
 
+/// The same in memory that was in use just before, and over an object that is loaded.
+Timed LoadWarm(Subject& subject) {
+  auto loaded = std::make_shared<std::optional<CVMGInfo>>();
+  return {[&subject, loaded] { subject.Load(**loaded); }, [loaded] { loaded->emplace(); }};
+}
+
+Timed LoadOver(Subject& subject) {
+  auto loaded = std::make_shared<CVMGInfo>();
+  subject.Load(*loaded);
+  return {[&subject, loaded] { subject.Load(*loaded); }};
+}
+
+Timed CopyInWarm(Subject& subject) {
+  auto copy = std::make_shared<std::optional<CVMGInfo>>();
+  return {[&subject, copy] { copy->emplace(subject.info); }, [copy] { copy->reset(); }};
+}
+
+// --- the floor -----------------------------------------------------------------------------------
+
+void LoadFloor(Subject& subject) { subject.floor->Load(subject.Bytes(), subject.Size()); }
+
 Timed FloorLoad(Subject& subject) {
-  return {[&subject] { subject.floor->Load(subject.Bytes(), subject.Size()); },
+  return {[&subject] { LoadFloor(subject); },
           [&subject] {
             subject.floor->Clear();
             TrimHeap();
           }};
 }
 
+Timed FloorLoadWarm(Subject& subject) {
+  return {[&subject] { LoadFloor(subject); }, [&subject] { subject.floor->Clear(); }};
+}
+
+Timed FloorLoadOver(Subject& subject) {
+  LoadFloor(subject);
+  return {[&subject] { LoadFloor(subject); }};
+}
+
+Timed FloorCopy(Subject& subject) {
+  LoadFloor(subject);
+  return {[&subject] { subject.floor->Copy(); }};
+}
+
 Timed FloorWrite(Subject& subject) {
+  LoadFloor(subject);
   return {[&subject] { subject.floor->Write(subject.warm.data(), subject.Size()); }};
 }
 
@@ -170,7 +206,7 @@ void CheckWritten(Subject& subject, const Timed& write, std::size_t others) {
   }
 }
 
-constexpr std::size_t kOtherTables = 1000;  // bytes of all tables that a floor does not write
+constexpr std::size_t kOtherTables = 8000;  // bytes of all tables that a floor does not write
 
 /// Builds the image before the first benchmark that needs it.
 void Prepare(Subject& subject) {
@@ -213,15 +249,18 @@ void RegisterAll(Subject& subject) {
   Register(
       subject, "heap", [&](benchmark::State& state) { Heap(state, subject); }, 1);
   if (subject.floor == nullptr) return;
-  Register(subject, "load to floor", Load, FloorLoad);
-  Register(subject, "write to floor", Write, FloorWrite);
+  Register(subject, "load to objects", Load, FloorLoad);
+  Register(subject, "warm load to objects", LoadWarm, FloorLoadWarm);
+  Register(subject, "load over to objects", LoadOver, FloorLoadOver);
+  Register(subject, "copy to objects", CopyInWarm, FloorCopy);
+  Register(subject, "write to objects", Write, FloorWrite);
 }
 
 }  // namespace
 
 void RegisterFileBenchmarks() {
   static std::deque<Subject> subjects;
-  subjects.push_back({"typical recording", 300, TypicalRecording});
+  subjects.push_back({"typical recording", 300, TypicalRecording, FloorOfVobs()});
   for (const int vobus : {100'000, 300'000, 1'000'000, 3'000'000, 6'000'000}) {
     const int iterations = std::max(20, 30'000'000 / vobus);
     subjects.push_back(
@@ -229,6 +268,7 @@ void RegisterFileBenchmarks() {
   }
   subjects.push_back({"60,000 VOBs of one VOBU", 200, SmallVobs, FloorOfVobs()});
   subjects.push_back({"60,000 cells", 200, SmallCells, FloorOfCells()});
-  subjects.push_back({"2,000 still groups", 60, StillGroups, FloorOfStillGroups()});
+  subjects.push_back({"2,000 still groups", 100, StillGroups, FloorOfStillGroups()});
+  subjects.push_back({"1,160 text sets", 300, Texts, FloorOfTexts()});
   for (Subject& subject : subjects) RegisterAll(subject);
 }

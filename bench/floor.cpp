@@ -1,268 +1,480 @@
 #include "floor.h"
 
-#include <veska/CVMGInfo.h>
+#include <veska/records.h>
 
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
 #include <new>
+#include <span>
 #include <utility>
 
-#include "frame/image.h"
-#include "frame/items.h"
+#include "frame/byte_order.h"
 
 using namespace VESKA;
 
 namespace {
 
-/// The block. The first time it is large enough for any of the images, from then on as large as it
-/// has to be.
+using Byte = unsigned char;
+
+/// The block, from which objects are cut one behind the other. The first time it is large enough
+/// for any of the images, from then on as large as it has to be.
 class Block {
  public:
   void Free() { bytes_.reset(); }
-  void Renew() {
-    bytes_.reset(static_cast<unsigned char*>(::operator new(size_)));
+  /// Begins anew, in memory of its own when there is none.
+  void Begin() {
+    if (bytes_ == nullptr) bytes_.reset(static_cast<Byte*>(::operator new(size_)));
     next_ = bytes_.get();
   }
   void Close() { size_ = static_cast<std::size_t>(next_ - bytes_.get()); }
-  const unsigned char* begin() const { return bytes_.get(); }
 
-  /// Makes an object of zero bytes.
+  /// `count` objects whose fields the caller sets.
   template <class Object>
-  Object* Make() {
-    return ::new (Take(sizeof(Object))) Object();
-  }
-
-  /// Makes `count` objects whose bytes the caller sets next.
-  template <class Object>
-  Object* MakeUnset(std::size_t count) {
-    return ::new (Take(count * sizeof(Object))) Object[count];
+  Object* Make(std::size_t count = 1) {
+    next_ += -reinterpret_cast<std::uintptr_t>(next_) % alignof(Object);
+    Byte* const objects = std::exchange(next_, next_ + count * sizeof(Object));
+    if (next_ > bytes_.get() + size_) std::abort();
+    return reinterpret_cast<Object*>(objects);
   }
 
  private:
-  unsigned char* Take(std::size_t size) { return std::exchange(next_, next_ + size); }
-
   struct FreeBytes {
-    void operator()(unsigned char* bytes) const { ::operator delete(bytes); }
+    void operator()(Byte* bytes) const { ::operator delete(bytes); }
   };
-  std::unique_ptr<unsigned char, FreeBytes> bytes_;
-  unsigned char* next_ = nullptr;
+  std::unique_ptr<Byte, FreeBytes> bytes_;
+  Byte* next_ = nullptr;
   std::size_t size_ = 64 << 20;
 };
 
-unsigned char* BytesOf(void* record) { return static_cast<unsigned char*>(record); }
-const unsigned char* BytesOf(const void* record) {
-  return static_cast<const unsigned char*>(record);
-}
-
-template <class Record>
-std::uint64_t ReadRecords(const ImageReader& image, std::uint64_t offset, unsigned count,
-                          Block& block) {
-  const std::uint64_t size = count * sizeof(Record);
-  CopyRecords<Record>(BytesOf(block.MakeUnset<Record>(count)), image.Bytes(offset, size), count);
-  return offset + size;
-}
-
-template <class Record>
-std::uint64_t WriteRecords(const ImageWriter& out, std::uint64_t offset, const Record* records,
-                           unsigned count) {
-  const std::uint64_t size = count * sizeof(Record);
-  if (unsigned char* to = out.Room(offset, size)) {
-    CopyRecords<Record>(to, BytesOf(records), count);
+/// An image with an end that is never passed.
+class Reader {
+ public:
+  Reader(const Byte* image, std::size_t size) : next_(image), end_(image + size) {}
+  Reader At(std::size_t offset) const {
+    if (offset > Left()) std::abort();
+    return {next_ + offset, Left() - offset};
   }
-  return offset + size;
+  std::size_t Left() const { return static_cast<std::size_t>(end_ - next_); }
+  const Byte* Take(std::size_t size) {
+    if (size > Left()) std::abort();
+    return std::exchange(next_, next_ + size);
+  }
+  template <class Number>
+  Number Get() {
+    return FromFile<Number>(Take(sizeof(Number)));
+  }
+
+ private:
+  const Byte* next_;
+  const Byte* end_;
+};
+
+class Writer {
+ public:
+  Writer(Byte* image, std::size_t size) : next_(image), end_(image + size) {}
+  Writer At(std::size_t offset) const {
+    if (offset > Left()) std::abort();
+    return {next_ + offset, Left() - offset};
+  }
+  std::size_t Left() const { return static_cast<std::size_t>(end_ - next_); }
+  Byte* Take(std::size_t size) {
+    if (size > Left()) std::abort();
+    return std::exchange(next_, next_ + size);
+  }
+  template <class Number>
+  void Put(Number number) {
+    ToFile(Take(sizeof number), number);
+  }
+
+ private:
+  Byte* next_;
+  Byte* end_;
+};
+
+struct Clock {
+  std::uint32_t base;
+  std::uint16_t extension;
+};
+Clock ClockAt(const Byte* from) {
+  return {FromFile<std::uint32_t>(from), FromFile<std::uint16_t>(from + 4)};
+}
+void PutClock(Byte* to, const Clock& clock) {
+  ToFile(to, clock.base);
+  ToFile(to + 4, clock.extension);
 }
 
-/// The object behind `object`, which has `size` bytes.
-template <class Next, class Object>
-const Next* Behind(const Object* object, std::size_t count = 1) {
-  return reinterpret_cast<const Next*>(object + count);
-}
-
-/// Where the addresses of structures stand, and how many.
-struct Addresses {
-  std::uint64_t first;
+/// Where the pointers to the structures of a table stand, and how many.
+struct Index {
+  std::size_t offset;
   unsigned count;
 };
 
-/// A floor over objects of the table whose address stands at `TableField` of the file's header.
-/// They are read by `Object::Read` and written by `Object::Write`, which returns the object behind.
-template <class Object, std::size_t TableField>
+/// A floor over the structures of a table, each of them an `Object`.
+template <class Object>
 class FloorOf : public Floor {
  public:
   void Clear() override { block_.Free(); }
 
-  void Load(const unsigned char* image, std::size_t size) override {
-    std::uint64_t budget = std::uint64_t{size} * CVMGInfo::kBytesPerImageByte;
-    const ImageReader file(image, size, &budget);
-    table_ = file.Long(TableField);
-    const ImageReader table = file.At(table_);
-    addresses_ = Object::Find(table);
-    block_.Renew();
-    for (unsigned i = 0; i < addresses_.count; ++i) {
-      auto* object = block_.Make<Object>();
-      object->address = table.Long(addresses_.first + kAddressSize * i);
-      object->Read(table.At(object->address), block_);
-    }
+  void Load(const Byte* image, std::size_t size) override {
+    table_ = FromFile<std::uint32_t>(image + Object::kTable);
+    const Reader table = Reader(image, size).At(table_);
+    index_ = Object::Find(table);
+    block_.Begin();
+    objects_ = {block_.Make<Object>(index_.count), index_.count};
+    Reader pointers = table.At(index_.offset);
+    for (Object& object : objects_) object.Read(pointers, table, block_);
     block_.Close();
   }
 
-  void Write(unsigned char* image, std::size_t size) const override {
-    const ImageWriter out = ImageWriter(image, size, nullptr).At(table_);
-    std::uint64_t pointer = addresses_.first;
-    std::uint64_t position = pointer + kAddressSize * addresses_.count;
-    const auto* object = reinterpret_cast<const Object*>(block_.begin());
-    for (unsigned i = 0; i < addresses_.count; ++i) {
-      pointer = out.PutLong(pointer, object->address);
-      object = object->Write(out, position);
+  void Copy() override {
+    copy_.Free();
+    copy_.Begin();
+    Object* to = copy_.Make<Object>(objects_.size());
+    for (const Object& object : objects_) {
+      *to = object;
+      to++->CopyParts(copy_);
     }
+    copy_.Close();
+  }
+
+  void Write(Byte* image, std::size_t size) const override {
+    const Writer table = Writer(image, size).At(table_);
+    Writer pointers = table.At(index_.offset);
+    Writer out = table.At(index_.offset + Object::kPointer * objects_.size());
+    for (const Object& object : objects_) object.Write(pointers, out);
   }
 
  private:
-  Block block_;
+  Block block_, copy_;
   std::uint32_t table_ = 0;
-  Addresses addresses_{};
+  Index index_{};
+  std::span<Object> objects_;
 };
 
-#pragma pack(push, 1)
+/// The parts of an object, copied into a block.
+template <class Part>
+std::span<Part> Copied(std::span<const Part> parts, Block& block) {
+  Part* copy = block.Make<Part>(parts.size());
+  std::copy(parts.begin(), parts.end(), copy);
+  return {copy, parts.size()};
+}
+
+struct TimeEntry {
+  std::uint16_t number_0;
+  std::uint8_t number_2;
+  std::uint32_t number_3;
+};
+
+struct Vobu {
+  std::uint8_t number_0;
+  std::uint16_t word_1;
+};
 
 struct Vob {
+  static constexpr std::size_t kTable = offsetof(tag_VMGI_MAT_HEADER, M_AVFIT_SA);
+  static constexpr std::size_t kPointer = 4;
+
   std::uint32_t address;
-  tag_M_VOB_GI general;
-  tag_SMLI seamless;
-  tag_AGAPI audio_gaps;
-  tag_TMAP_GI map;
+  Byte type[2];
+  Byte bytes_2[7];
+  std::uint16_t number_21;
+  Clock clocks[2], seamless[2], gaps[2];
+  std::uint16_t gap_numbers[2];
+  std::uint16_t offset;
+  std::uint32_t address_offset;
+  std::span<TimeEntry> times;
+  std::span<Vobu> vobus;
 
-  static Addresses Find(const ImageReader& table) {
-    const unsigned streams = table.Byte(offsetof(tag_M_AVFITI, M_VOB_STI_Ns));
-    const std::uint64_t index = sizeof(tag_M_AVFITI) + sizeof(tag_M_VOB_STI) * streams;
-    return {index + sizeof(tag_M_AVFI_GI), table.Word(index)};
+  static Index Find(const Reader& table) {
+    const unsigned streams = *table.At(offsetof(tag_M_AVFITI, M_VOB_STI_Ns)).Take(1);
+    const std::size_t index = sizeof(tag_M_AVFITI) + sizeof(tag_M_VOB_STI) * streams;
+    return {index + sizeof(tag_M_AVFI_GI), table.At(index).Get<std::uint16_t>()};
   }
 
-  void Read(const ImageReader& image, Block& block) {
-    std::uint64_t end = image.Copy(0, general);
-    if (general.HasSeamlessInfo()) end = image.Copy(end, seamless);
-    if (general.HasAudioGaps()) end = image.Copy(end, audio_gaps);
-    end = image.Copy(end, map);
-    end = ReadRecords<tag_TM_ENT>(image, end, map.TM_ENT_Ns, block);
-    ReadRecords<tag_VOBU_ENT>(image, end, map.VOBU_ENT_Ns, block);
+  bool IsSeamless() const { return (type[1] & 0x80U) != 0; }
+  bool HasGaps() const { return (type[1] & 0x78U) != 0; }
+
+  void Read(Reader& pointers, const Reader& table, Block& block) {
+    *this = {};
+    address = pointers.Get<std::uint32_t>();
+    Reader in = table.At(address);
+    const Byte* from = in.Take(sizeof(tag_M_VOB_GI));
+    std::memcpy(type, from, sizeof type);
+    std::memcpy(bytes_2, from + 2, sizeof bytes_2);
+    for (int i : {0, 1}) clocks[i] = ClockAt(from + 9 + 6 * i);
+    number_21 = FromFile<std::uint16_t>(from + 21);
+    if (IsSeamless()) {
+      from = in.Take(sizeof(tag_SMLI));
+      for (int i : {0, 1}) seamless[i] = ClockAt(from + 6 * i);
+    }
+    if (HasGaps()) {
+      from = in.Take(sizeof(tag_AGAPI));
+      for (int i : {0, 1}) gaps[i] = ClockAt(from + 6 * i);
+      for (int i : {0, 1}) gap_numbers[i] = FromFile<std::uint16_t>(from + 12 + 2 * i);
+    }
+    from = in.Take(sizeof(tag_TMAP_GI));
+    const unsigned time_count = FromFile<std::uint16_t>(from);
+    const unsigned vobu_count = FromFile<std::uint16_t>(from + 2);
+    offset = FromFile<std::uint16_t>(from + 4);
+    address_offset = FromFile<std::uint32_t>(from + 6);
+    from = in.Take(sizeof(tag_TM_ENT) * time_count);
+    times = {block.Make<TimeEntry>(time_count), time_count};
+    for (TimeEntry& time : times) {
+      time = {FromFile<std::uint16_t>(from), from[2], FromFile<std::uint32_t>(from + 3)};
+      from += sizeof(tag_TM_ENT);
+    }
+    from = in.Take(sizeof(tag_VOBU_ENT) * vobu_count);
+    vobus = {block.Make<Vobu>(vobu_count), vobu_count};
+    for (Vobu& vobu : vobus) {
+      vobu = {*from, FromFile<std::uint16_t>(from + 1)};
+      from += sizeof(tag_VOBU_ENT);
+    }
   }
 
-  const Vob* Write(const ImageWriter& out, std::uint64_t& end) const {
-    end = out.Put(end, general);
-    if (general.HasSeamlessInfo()) end = out.Put(end, seamless);
-    if (general.HasAudioGaps()) end = out.Put(end, audio_gaps);
-    end = out.Put(end, map);
-    const auto* times = Behind<tag_TM_ENT>(this);
-    const auto* vobus = Behind<tag_VOBU_ENT>(times, map.TM_ENT_Ns);
-    end = WriteRecords(out, end, times, map.TM_ENT_Ns);
-    end = WriteRecords(out, end, vobus, map.VOBU_ENT_Ns);
-    return Behind<Vob>(vobus, map.VOBU_ENT_Ns);
+  void CopyParts(Block& block) {
+    times = Copied<TimeEntry>(times, block);
+    vobus = Copied<Vobu>(vobus, block);
+  }
+
+  void Write(Writer& pointers, Writer& out) const {
+    pointers.Put(address);
+    Byte* to = out.Take(sizeof(tag_M_VOB_GI));
+    std::memcpy(to, type, sizeof type);
+    std::memcpy(to + 2, bytes_2, sizeof bytes_2);
+    for (int i : {0, 1}) PutClock(to + 9 + 6 * i, clocks[i]);
+    ToFile(to + 21, number_21);
+    if (IsSeamless()) {
+      to = out.Take(sizeof(tag_SMLI));
+      for (int i : {0, 1}) PutClock(to + 6 * i, seamless[i]);
+    }
+    if (HasGaps()) {
+      to = out.Take(sizeof(tag_AGAPI));
+      for (int i : {0, 1}) PutClock(to + 6 * i, gaps[i]);
+      for (int i : {0, 1}) ToFile(to + 12 + 2 * i, gap_numbers[i]);
+    }
+    out.Put(static_cast<std::uint16_t>(times.size()));
+    out.Put(static_cast<std::uint16_t>(vobus.size()));
+    out.Put(offset);
+    out.Put(address_offset);
+    to = out.Take(sizeof(tag_TM_ENT) * times.size());
+    for (const TimeEntry& time : times) {
+      ToFile(to, time.number_0);
+      to[2] = time.number_2;
+      ToFile(to + 3, time.number_3);
+      to += sizeof(tag_TM_ENT);
+    }
+    to = out.Take(sizeof(tag_VOBU_ENT) * vobus.size());
+    for (const Vobu& vobu : vobus) {
+      to[0] = vobu.number_0;
+      ToFile(to + 1, vobu.word_1);
+      to += sizeof(tag_VOBU_ENT);
+    }
   }
 };
 
-/// A cell of either kind. Its entry points follow, each with its block when it is a long one.
+struct Entry {
+  std::uint8_t type;
+  std::uint8_t reserved_1;  // of a still cell
+  Clock time;               // of a movie cell
+  Byte* block;
+};
+
+/// A cell of either kind.
 struct Cell {
+  static constexpr std::size_t kTable = offsetof(tag_VMGI_MAT_HEADER, ORG_PGCI_SA);
+  static constexpr std::size_t kPointer = 4;
+
   std::uint32_t address;
-  bool is_still;
-  union {
-    tag_M_C_GI movie;
-    tag_S_C_GI still;
-  };
+  std::uint8_t reserved_0, type;
+  std::uint16_t number_2;
+  Byte reserved_6[2];  // of a still cell
+  Clock clocks[2];     // of a movie cell
+  std::span<Entry> entries;
 
-  static Addresses Find(const ImageReader& table) {
-    const unsigned programs = table.Byte(offsetof(tag_PGC_GI, PG_Ns));
+  static Index Find(const Reader& table) {
+    const unsigned programs = *table.At(offsetof(tag_PGC_GI, PG_Ns)).Take(1);
     return {sizeof(tag_PGC_GI) + sizeof(tag_PGI) * programs,
-            table.Word(offsetof(tag_PGC_GI, CI_SRP_Ns))};
+            table.At(offsetof(tag_PGC_GI, CI_SRP_Ns)).Get<std::uint16_t>()};
   }
 
-  void Read(const ImageReader& image, Block& block) {
-    is_still = image.Byte(1) >= 0x20;
-    if (is_still) {
-      const std::uint64_t end = image.Copy(0, still);
-      ReadEntries<tag_S_C_EPI>(image, end, still.C_EPI_Ns, block);
+  bool IsStill() const { return CellKind(type) == CELL_STILL; }
+  std::size_t EntrySize() const { return IsStill() ? 2 : 7; }
+
+  void Read(Reader& pointers, const Reader& table, Block& block) {
+    *this = {};
+    address = pointers.Get<std::uint32_t>();
+    Reader in = table.At(address);
+    reserved_0 = in.Get<std::uint8_t>();
+    type = in.Get<std::uint8_t>();
+    number_2 = in.Get<std::uint16_t>();
+    const unsigned count = in.Get<std::uint16_t>();
+    if (IsStill()) {
+      std::memcpy(reserved_6, in.Take(2), 2);
     } else {
-      const std::uint64_t end = image.Copy(0, movie);
-      ReadEntries<tag_M_C_EPI>(image, end, movie.C_EPI_Ns, block);
+      const Byte* from = in.Take(12);
+      for (int i : {0, 1}) clocks[i] = ClockAt(from + 6 * i);
+    }
+    entries = {block.Make<Entry>(count), count};
+    for (Entry& entry : entries) {
+      const Byte* from = in.Take(EntrySize());
+      entry = {from[0], from[1], {}, nullptr};
+      if (!IsStill()) entry.time = ClockAt(from + 1);
+      if (!IsLongEntry(entry.type)) continue;
+      entry.block = block.Make<Byte>(kEntryBlockSize);
+      std::memcpy(entry.block, in.Take(kEntryBlockSize), kEntryBlockSize);
     }
   }
 
-  template <class Entry>
-  static void ReadEntries(const ImageReader& image, std::uint64_t end, unsigned count,
-                          Block& block) {
-    for (; count != 0; --count) {
-      auto* entry = block.MakeUnset<Entry>(1);
-      entry->block = nullptr;
-      end = image.Copy(end, *entry);
-      if (!IsLongEntry(entry->EP_TY)) continue;
-      entry->block = block.MakeUnset<unsigned char>(kEntryBlockSize);
-      std::memcpy(entry->block, image.Bytes(end, kEntryBlockSize), kEntryBlockSize);
-      end += kEntryBlockSize;
+  void CopyParts(Block& block) {
+    entries = Copied<Entry>(entries, block);
+    for (Entry& entry : entries) {
+      if (entry.block == nullptr) continue;
+      entry.block = Copied<Byte>({entry.block, kEntryBlockSize}, block).data();
     }
   }
 
-  const Cell* Write(const ImageWriter& out, std::uint64_t& end) const {
-    if (is_still) {
-      end = out.Put(end, still);
-      return WriteEntries<tag_S_C_EPI>(out, end, still.C_EPI_Ns);
+  void Write(Writer& pointers, Writer& out) const {
+    pointers.Put(address);
+    out.Put(reserved_0);
+    out.Put(type);
+    out.Put(number_2);
+    out.Put(static_cast<std::uint16_t>(entries.size()));
+    if (IsStill()) {
+      std::memcpy(out.Take(2), reserved_6, 2);
+    } else {
+      Byte* to = out.Take(12);
+      for (int i : {0, 1}) PutClock(to + 6 * i, clocks[i]);
     }
-    end = out.Put(end, movie);
-    return WriteEntries<tag_M_C_EPI>(out, end, movie.C_EPI_Ns);
-  }
-
-  template <class Entry>
-  const Cell* WriteEntries(const ImageWriter& out, std::uint64_t& end, unsigned count) const {
-    const auto* entry = Behind<Entry>(this);
-    for (; count != 0; --count) {
-      end = out.Put(end, *entry);
-      const unsigned char* block = entry->block;
-      ++entry;
-      if (block == nullptr) continue;
-      end = out.PutBytes(end, block, kEntryBlockSize);
-      entry = reinterpret_cast<const Entry*>(block + kEntryBlockSize);
+    for (const Entry& entry : entries) {
+      Byte* to = out.Take(EntrySize());
+      *to = entry.type;
+      if (IsStill()) {
+        to[1] = entry.reserved_1;
+      } else {
+        PutClock(to + 1, entry.time);
+      }
+      if (entry.block != nullptr) {
+        std::memcpy(out.Take(kEntryBlockSize), entry.block, kEntryBlockSize);
+      }
     }
-    return reinterpret_cast<const Cell*>(entry);
   }
 };
 
 struct StillGroup {
+  static constexpr std::size_t kTable = offsetof(tag_VMGI_MAT_HEADER, S_AVFIT_SA);
+  static constexpr std::size_t kPointer = 4;
+  static constexpr std::size_t kLongest = sizeof(tag_S_VOB_ENT);
+
   std::uint32_t address;
-  tag_S_VOG_GI general;
+  std::uint32_t number_12;
+  std::uint16_t number_16;
+  Byte bytes_1[11];
+  std::span<tag_S_VOB_ENT> entries;
 
-  static Addresses Find(const ImageReader& table) {
-    const unsigned streams = table.Byte(offsetof(tag_S_AVFITI, S_VOB_STI_Ns));
-    const std::uint64_t index = sizeof(tag_S_AVFITI) + sizeof(tag_S_VOB_STI) * streams;
-    return {index + sizeof(tag_S_AVFI_GI), table.Word(index)};
+  static Index Find(const Reader& table) {
+    const unsigned streams = *table.At(offsetof(tag_S_AVFITI, S_VOB_STI_Ns)).Take(1);
+    const std::size_t index = sizeof(tag_S_AVFITI) + sizeof(tag_S_VOB_STI) * streams;
+    return {index + sizeof(tag_S_AVFI_GI), table.At(index).Get<std::uint16_t>()};
   }
 
-  void Read(const ImageReader& image, Block& block) {
-    std::uint64_t end = image.Copy(0, general);
-    for (unsigned i = 0; i < general.S_VOB_Ns; ++i) {
-      auto* entry = block.Make<tag_S_VOB_ENT>();
-      entry->S_VOB_ENT_TY = image.Byte(end);
-      CopyStillEntry(BytesOf(entry), image.Bytes(end, entry->Size()));
-      end += entry->Size();
+  void Read(Reader& pointers, const Reader& table, Block& block) {
+    address = pointers.Get<std::uint32_t>();
+    Reader in = table.At(address);
+    const unsigned count = in.Get<std::uint8_t>();
+    std::memcpy(bytes_1, in.Take(sizeof bytes_1), sizeof bytes_1);
+    number_12 = in.Get<std::uint32_t>();
+    number_16 = in.Get<std::uint16_t>();
+    entries = {block.Make<tag_S_VOB_ENT>(count), count};
+    for (tag_S_VOB_ENT& entry : entries) {
+      auto* to = reinterpret_cast<Byte*>(&entry);
+      Byte last[kLongest] = {};
+      const Byte* from = in.At(0).Take(1);
+      const unsigned size = StillEntrySize(*from);
+      in.Take(size);
+      if (in.Left() < kLongest) from = static_cast<Byte*>(std::memcpy(last, from, size));
+      CopyStillEntry(to, from);
     }
   }
 
-  const StillGroup* Write(const ImageWriter& out, std::uint64_t& end) const {
-    end = out.Put(end, general);
-    const auto* entry = Behind<tag_S_VOB_ENT>(this);
-    for (unsigned i = 0; i < general.S_VOB_Ns; ++i, ++entry) {
-      if (unsigned char* to = out.Room(end, entry->Size())) CopyStillEntry(to, BytesOf(entry));
-      end += entry->Size();
+  void CopyParts(Block& block) { entries = Copied<tag_S_VOB_ENT>(entries, block); }
+
+  void Write(Writer& pointers, Writer& out) const {
+    pointers.Put(address);
+    out.Put(static_cast<std::uint8_t>(entries.size()));
+    std::memcpy(out.Take(sizeof bytes_1), bytes_1, sizeof bytes_1);
+    out.Put(number_12);
+    out.Put(number_16);
+    for (const tag_S_VOB_ENT& entry : entries) {
+      const auto* from = reinterpret_cast<const Byte*>(&entry);
+      const unsigned size = StillEntrySize(entry.S_VOB_ENT_TY);
+      if (out.Left() >= kLongest) {
+        CopyStillEntry(out.Take(size), from);
+      } else {
+        Byte last[kLongest];
+        CopyStillEntry(last, from);
+        std::memcpy(out.Take(size), last, size);
+      }
     }
-    return reinterpret_cast<const StillGroup*>(entry);
   }
 };
 
-#pragma pack(pop)
+struct Text {
+  std::uint8_t code, length;
+  Byte* text;
+};
 
-constexpr std::size_t kMovieTable = offsetof(tag_VMGI_MAT_HEADER, M_AVFIT_SA);
-constexpr std::size_t kStillTable = offsetof(tag_VMGI_MAT_HEADER, S_AVFIT_SA);
-constexpr std::size_t kOriginalChain = offsetof(tag_VMGI_MAT_HEADER, ORG_PGCI_SA);
+struct TextSet {
+  static constexpr std::size_t kTable = offsetof(tag_VMGI_MAT_HEADER, TXTDT_MG_SA);
+  static constexpr std::size_t kPointer = 4;
+
+  std::uint16_t address, size;
+  std::span<Text> texts;
+
+  static Index Find(const Reader& table) {
+    return {sizeof(tag_TXTDITI),
+            table.At(offsetof(tag_TXTDITI, IT_TXT_SRP_Ns)).Get<std::uint16_t>()};
+  }
+
+  void Read(Reader& pointers, const Reader& table, Block& block) {
+    address = pointers.Get<std::uint16_t>();
+    size = pointers.Get<std::uint16_t>();
+    Reader in = table.At(address);
+    const Byte* from = in.Take(size);
+    const Byte* const end = from + size;
+    std::size_t count = 0;
+    for (const Byte* next = from; next < end; next += 2 + next[1]) ++count;
+    texts = {block.Make<Text>(count), count};
+    Byte* room = block.Make<Byte>(size - 2 * count);
+    for (Text& text : texts) {
+      text = {from[0], from[1], room};
+      std::memcpy(room, from + 2, text.length);
+      room += text.length;
+      from += 2 + text.length;
+    }
+  }
+
+  void CopyParts(Block& block) {
+    texts = Copied<Text>(texts, block);
+    for (Text& text : texts) text.text = Copied<Byte>({text.text, text.length}, block).data();
+  }
+
+  void Write(Writer& pointers, Writer& out) const {
+    pointers.Put(address);
+    pointers.Put(size);
+    for (const Text& text : texts) {
+      Byte* to = out.Take(2U + text.length);
+      to[0] = text.code;
+      to[1] = text.length;
+      std::memcpy(to + 2, text.text, text.length);
+    }
+  }
+};
 
 }  // namespace
 
-std::unique_ptr<Floor> FloorOfVobs() { return std::make_unique<FloorOf<Vob, kMovieTable>>(); }
-std::unique_ptr<Floor> FloorOfCells() { return std::make_unique<FloorOf<Cell, kOriginalChain>>(); }
-std::unique_ptr<Floor> FloorOfStillGroups() {
-  return std::make_unique<FloorOf<StillGroup, kStillTable>>();
-}
+std::unique_ptr<Floor> FloorOfVobs() { return std::make_unique<FloorOf<Vob>>(); }
+std::unique_ptr<Floor> FloorOfCells() { return std::make_unique<FloorOf<Cell>>(); }
+std::unique_ptr<Floor> FloorOfStillGroups() { return std::make_unique<FloorOf<StillGroup>>(); }
+std::unique_ptr<Floor> FloorOfTexts() { return std::make_unique<FloorOf<TextSet>>(); }

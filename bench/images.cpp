@@ -109,3 +109,23 @@ Image StillGroups() {
   }
   return Finish(info, kGroups * kEntries);
 }
+
+Image Texts() {
+  constexpr int kSets = 1'160;
+  constexpr int kTexts = 9'300;
+  unsigned char word[] = "recorded";
+  VESKA::CVMGInfo info = NewFile();
+  std::minstd_rand random;
+  int left = kTexts;
+  for (int set = kSets; set != 0; --set) {
+    VESKA::CTextSet& texts = info.GetTextDataMgr().AddNode()->IT_TXT;
+    const int count = left / set;
+    left -= count;
+    for (int i = 0; i < count; ++i) {
+      const auto length = static_cast<std::uint8_t>(1 + (random() >> 10U) % 8);
+      texts.AddNode();
+      texts.SetNode(i, {0x30, length, word});
+    }
+  }
+  return Finish(info, kTexts);
+}

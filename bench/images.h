@@ -19,3 +19,5 @@ Image SmallVobs();
 Image SmallCells();
 /// 2,000 still groups of 200 entries whose forms are mixed at random.
 Image StillGroups();
+/// 1,160 text sets of eight texts or so, of one to eight bytes: more do not fit into the addresses.
+Image Texts();

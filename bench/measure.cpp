@@ -1,8 +1,9 @@
 #include "measure.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <ctime>
-#include <limits>
+#include <vector>
 
 namespace {
 
@@ -30,8 +31,13 @@ double ClockTime() {
   return best;
 }
 
-/// A series of times of one thing, of which the best counts: what else the machine does can only
-/// make it slower.
+double Median(std::vector<double> values) {
+  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+  std::nth_element(values.begin(), middle, values.end());
+  return *middle;
+}
+
+/// A series of times of one thing.
 class Series {
  public:
   explicit Series(const Timed& timed) : timed_(timed) {
@@ -40,16 +46,23 @@ class Series {
   }
   double Add() {
     static const double clock_time = ClockTime();
-    const double seconds = std::max(0.0, Seconds(timed_, runs_) - clock_time);
-    best_ = std::min(best_, seconds / runs_ / timed_.times);
+    const double seconds = std::max(1e-9, Seconds(timed_, runs_) - clock_time);
+    times_.push_back(seconds / runs_ / timed_.times);
     return seconds;
   }
-  double Best() const { return best_; }
+  double Time() const { return Median(times_); }
+  /// In the part number `i` of so many.
+  double Time(std::size_t i, std::size_t parts) const {
+    const auto at = [&](std::size_t part) {
+      return times_.begin() + static_cast<std::ptrdiff_t>(times_.size() * part / parts);
+    };
+    return Median({at(i), at(i + 1)});
+  }
 
  private:
   const Timed& timed_;
   int runs_ = 1;
-  double best_ = std::numeric_limits<double>::max();
+  std::vector<double> times_;
 };
 
 }  // namespace
@@ -62,6 +75,12 @@ void Compare(benchmark::State& state, double parts, const Timed& operation,
     reference_times.Add();
     state.SetIterationTime(times.Add());
   }
-  state.counters["ns"] = times.Best() * 1e9 / parts;
-  state.counters["ratio"] = times.Best() / reference_times.Best();
+  constexpr std::size_t kFifths = 5;
+  std::vector<double> ratios;
+  for (std::size_t i = 0; i < kFifths; ++i) {
+    ratios.push_back(times.Time(i, kFifths) / reference_times.Time(i, kFifths));
+  }
+  state.counters["ns"] = times.Time() * 1e9 / parts;
+  state.counters["ratio"] = Median(ratios);
+  state.counters["least"] = *std::min_element(ratios.begin(), ratios.end());
 }

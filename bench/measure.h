@@ -13,8 +13,9 @@ struct Timed {
   int times = 1;
 };
 
-/// Times both in turn, once in each iteration. Sets the counters `ns`, the best time of the
-/// operation for one of `parts` equal parts of it, and `ratio`, that best time as a ratio to the
-/// reference's. What counts is the time that the processor spent: other programs on the machine do
-/// not.
+/// Times both in turn, once in each iteration. Sets the counters `ns`, the time of the operation
+/// for one of `parts` equal parts of it; `ratio`, its time as a ratio to the reference's; and
+/// `least`, the smallest such ratio in any fifth of the iterations: what lies between the two is
+/// noise. Times are medians of what the processor spent: other programs on the machine hardly
+/// count.
 void Compare(benchmark::State& state, double parts, const Timed& operation, const Timed& reference);

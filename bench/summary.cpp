@@ -3,14 +3,17 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <cstring>
 
 namespace {
 
 constexpr char kLarge[] = "6000000 VOBU entries";
 constexpr char kSmall[] = "100000 VOBU entries";
+constexpr char kTypical[] = "typical recording";
 constexpr char kVobs[] = "60,000 VOBs of one VOBU";
 constexpr char kCells[] = "60,000 cells";
 constexpr char kGroups[] = "2,000 still groups";
+constexpr char kTexts[] = "1,160 text sets";
 constexpr char kList[] = "65000 records";
 
 double Median(std::vector<double> values) {
@@ -70,7 +73,11 @@ void Summary::Finalize() {
                                       {"destroy", "ns"},
                                       {"walk", "ns"}});
   PrintTable("As ratios to one object per structure in a single block",
-             {{"load to floor", "ratio", "load"}, {"write to floor", "ratio", "write"}});
+             {{"load to objects", "ratio", "load"},
+              {"warm load to objects", "ratio", "load, warm"},
+              {"load over to objects", "ratio", "load over a loaded object"},
+              {"copy to objects", "ratio", "copy, warm"},
+              {"write to objects", "ratio", "write"}});
   PrintTable("Edits, as ratios to the memmove of all positions", {{"insert at the front"},
                                                                   {"delete at the front"},
                                                                   {"insert in the middle"},
@@ -103,11 +110,27 @@ void Summary::PrintTable(const char* title, const std::vector<Column>& columns) 
   }
 }
 
-void Summary::PrintGoals() const {
+std::string Summary::Verdict(const Goal& goal) {
+  const double value = Value(goal.subject, goal.operation, goal.counter);
+  if (std::isnan(value)) return {};
+  // A ratio below 1 says that the memcpy was slow, so it is no measure.
+  const double unit =
+      goal.than == nullptr ? 1.0 : std::max(1.0, Value(goal.than, goal.operation, goal.counter));
+  const bool has_noise = std::strcmp(goal.counter, "ratio") == 0;
+  const double least = has_noise ? Value(goal.subject, goal.operation, "least") : value;
+  char text[64];
+  std::snprintf(text, sizeof text, "%.3g", value / unit);
+  if (value / unit <= goal.most) return text;
+  if (least / unit <= goal.most) return std::string(text) + ", noise";
+  has_missed_ = true;
+  return std::string(text) + ", **missed**";
+}
+
+void Summary::PrintGoals() {
   static constexpr Goal kGoals[] = {
-      {kLarge, "load", "ratio", 1.5, "memcpy"},
-      {kLarge, "write", "ratio", 1.5, "memcpy"},
-      {kLarge, "copy", "ratio", 1.5, "memcpy"},
+      {kLarge, "load", "ratio", 1.15, "memcpy into fresh memory"},
+      {kLarge, "write", "ratio", 1.2, "memcpy into warm memory"},
+      {kLarge, "copy", "ratio", 1.5, "memcpy into fresh memory"},
       {kLarge, "heap", "held", 1.2, "image size, held"},
       {kLarge, "heap", "peak", 1.25, "image size, at the peak of a load"},
       {kLarge, "destroy", "ns", 0.1, "ns a record"},
@@ -115,25 +138,32 @@ void Summary::PrintGoals() const {
       {kLarge, "load", "ratio", 1.25, "that of 100,000", kSmall},
       {kLarge, "write", "ratio", 1.25, "that of 100,000", kSmall},
       {kLarge, "copy", "ratio", 1.25, "that of 100,000", kSmall},
-      {kVobs, "load to floor", "ratio", 3, "floor"},
-      {kCells, "load to floor", "ratio", 3, "floor"},
-      {kGroups, "load to floor", "ratio", 3, "floor"},
-      {kVobs, "write to floor", "ratio", 2, "floor"},
-      {kCells, "write to floor", "ratio", 2, "floor"},
-      {kGroups, "write to floor", "ratio", 2, "floor"},
+      {kTypical, "write to objects", "ratio", 0.35, "objects"},
+      {kGroups, "load to objects", "ratio", 1, "objects"},
+      {kGroups, "warm load to objects", "ratio", 1, "objects"},
+      {kGroups, "write to objects", "ratio", 1, "objects"},
+      {kTexts, "load to objects", "ratio", 1, "objects"},
+      {kTexts, "warm load to objects", "ratio", 1, "objects"},
+      {kTexts, "write to objects", "ratio", 1, "objects"},
+      {kVobs, "load to objects", "ratio", 1, "objects"},
+      {kVobs, "warm load to objects", "ratio", 1, "objects"},
+      {kCells, "load to objects", "ratio", 1, "objects"},
+      {kCells, "copy to objects", "ratio", 1, "objects"},
+      {kCells, "load over to objects", "ratio", 1, "objects"},
       {kList, "insert at the front", "ratio", 1, "memmove"},
       {kList, "delete at the front", "ratio", 1, "memmove"},
   };
-  std::printf("\nGoals:\n\n|  |  | in | at most | measured | met |\n");
-  std::printf("| --- | --- | --- | ---: | ---: | --- |\n");
+  std::FILE* file = goals_file_.empty() ? nullptr : std::fopen(goals_file_.c_str(), "w");
+  std::printf("\nGoals:\n\n|  |  | in | at most | measured |\n");
+  std::printf("| --- | --- | --- | ---: | ---: |\n");
   for (const Goal& goal : kGoals) {
-    double value = Value(goal.subject, goal.operation, goal.counter);
-    // A ratio below 1 says that the memcpy was slow, so it is no measure.
-    if (goal.than != nullptr) {
-      value /= std::max(1.0, Value(goal.than, goal.operation, goal.counter));
-    }
-    if (std::isnan(value)) continue;
-    std::printf("| %s | %s | %s | %.3g | %.3g | %s |\n", goal.subject, goal.operation, goal.unit,
-                goal.most, value, value <= goal.most ? "yes" : "**MISSED**");
+    const std::string verdict = Verdict(goal);
+    if (verdict.empty()) continue;
+    std::printf("| %s | %s | %s | %.3g | %s |\n", goal.subject, goal.operation, goal.unit,
+                goal.most, verdict.c_str());
+    if (file == nullptr) continue;
+    std::fprintf(file, "%s\t%s\t%s\t%.3g\t%s\n", goal.subject, goal.operation, goal.unit, goal.most,
+                 verdict.c_str());
   }
+  if (file != nullptr) std::fclose(file);
 }

@@ -1,31 +1,51 @@
-# What `cmake --install` lays down: the headers, both libraries, what finds them, and the tool.
+# What `cmake --install` lays down: for each library its headers, both forms and what finds them, and
+# the tool.
 include(CMakePackageConfigHelpers)
 
 set(cmake_dir ${CMAKE_INSTALL_LIBDIR}/cmake/veska)
-install(FILES ${veska_headers} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/veska COMPONENT development)
+# Relative, so that an installed tree can be moved.
+set(pc_dir ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig)
+file(RELATIVE_PATH pc_to_prefix ${pc_dir} ${CMAKE_INSTALL_PREFIX})
+file(RELATIVE_PATH pc_to_include ${pc_dir} ${CMAKE_INSTALL_FULL_INCLUDEDIR})
 
-foreach(kind static shared)
+# veska_install(LIBRARY PC-NAME HEADERS RUNTIME DEVELOPMENT): LIBRARY_static, LIBRARY_shared and
+# LIBRARY, the headers of a folder, and the components that they belong to.
+function(veska_install library pc_name headers runtime development)
   install(
-    TARGETS veska_${kind}
-    EXPORT veska_${kind}
-    RUNTIME COMPONENT runtime
-    LIBRARY COMPONENT runtime NAMELINK_COMPONENT development
-    ARCHIVE COMPONENT development)
+    DIRECTORY ${headers}/
+    DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+    COMPONENT ${development}
+    FILES_MATCHING
+    PATTERN *.h)
+  foreach(kind static shared)
+    install(
+      TARGETS ${library}_${kind}
+      EXPORT ${library}_${kind}
+      RUNTIME COMPONENT ${runtime}
+      LIBRARY COMPONENT ${runtime} NAMELINK_COMPONENT ${development}
+      ARCHIVE COMPONENT ${development})
+  endforeach()
+  # In a set of its own, so that a host that brings the library along can export what links to it.
+  install(TARGETS ${library} EXPORT ${library}_chosen)
+  foreach(export static shared chosen)
+    install(
+      EXPORT ${library}_${export}
+      NAMESPACE veska::
+      FILE ${library}_${export}.cmake
+      DESTINATION ${cmake_dir}
+      COMPONENT ${development})
+  endforeach()
+  configure_file(cmake/${pc_name}.pc.in ${PROJECT_BINARY_DIR}/${pc_name}.pc @ONLY)
   install(
-    EXPORT veska_${kind}
-    NAMESPACE veska::
-    FILE veska_${kind}.cmake
-    DESTINATION ${cmake_dir}
-    COMPONENT development)
-endforeach()
-# In a set of its own, so that a host that brings the library along can export what links to it.
-install(TARGETS veska EXPORT veska)
-install(
-  EXPORT veska
-  NAMESPACE veska::
-  FILE veska_chosen.cmake
-  DESTINATION ${cmake_dir}
-  COMPONENT development)
+    FILES ${PROJECT_BINARY_DIR}/${pc_name}.pc
+    DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
+    COMPONENT ${development})
+endfunction()
+
+veska_install(veska veska include runtime development)
+if(TARGET veska_workshop)
+  veska_install(veska_workshop veska-workshop workshop/include workshop workshop_development)
+endif()
 
 configure_package_config_file(
   cmake/veskaConfig.cmake.in ${PROJECT_BINARY_DIR}/veskaConfig.cmake INSTALL_DESTINATION ${cmake_dir})
@@ -34,16 +54,6 @@ write_basic_package_version_file(
 install(
   FILES ${PROJECT_BINARY_DIR}/veskaConfig.cmake ${PROJECT_BINARY_DIR}/veskaConfigVersion.cmake
   DESTINATION ${cmake_dir}
-  COMPONENT development)
-
-# Relative, so that an installed tree can be moved.
-set(pc_dir ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig)
-file(RELATIVE_PATH pc_to_prefix ${pc_dir} ${CMAKE_INSTALL_PREFIX})
-file(RELATIVE_PATH pc_to_include ${pc_dir} ${CMAKE_INSTALL_FULL_INCLUDEDIR})
-configure_file(cmake/veska.pc.in ${PROJECT_BINARY_DIR}/veska.pc @ONLY)
-install(
-  FILES ${PROJECT_BINARY_DIR}/veska.pc
-  DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
   COMPONENT development)
 
 if(TARGET veska_tool)

@@ -26,7 +26,7 @@ endfunction()
 
 veska_add_library(veska_static STATIC)
 veska_add_library(veska_shared SHARED)
-if(MSVC)
+if(MSVC OR EMSCRIPTEN)
   set_target_properties(veska_static PROPERTIES OUTPUT_NAME veska_static)
 endif()
 set_target_properties(

@@ -17,7 +17,7 @@ int main(int argc, char** argv) {
     if (loaded && info.SaveToFile(to)) {
       std::cout << to.string() << ": " << info.GetDataSize() << " bytes\n";
     } else {
-      std::cerr << from.string() << (loaded ? ": cannot be saved\n" : ": cannot be loaded\n");
+      std::cerr << (loaded ? to : from).string() << ": " << Describe(info.GetFailure()) << '\n';
       ++failures;
     }
   }

@@ -20,19 +20,22 @@ double MegabitsPerSecond(unsigned long packs, unsigned long fields) {
 
 int main(int argc, char** argv) {
   VESKA::CVMGInfo info;
-  if (argc < 2 || !info.LoadFromFile(std::filesystem::path(argv[1]), VESKA::CVMGInfo::kLoadMovie)) {
-    std::cerr << "usage: bitrate FILE.ifo (a management information file)\n";
+  if (argc < 2) {
+    std::cerr << "usage: bitrate FILE.ifo\n";
+    return 2;
+  }
+  if (!info.LoadFromFile(std::filesystem::path(argv[1]), VESKA::CVMGInfo::kLoadMovie)) {
+    std::cerr << argv[1] << ": " << Describe(info.GetFailure()) << '\n';
     return 1;
   }
-  VESKA::CMovieAVFile& vobs = info.GetMovieAVFileTable().GetMovieAVFile();
-  for (int i = 0; i < vobs.GetCount(); ++i) {
-    VESKA::CTimeMapTable& map = vobs[i]->M_VOBI.GetTimeMapTable();
+  int number = 0;
+  for (const VESKA::tag_M_VOBI_ITEM& vob : info.GetMovieAVFileTable().GetMovieAVFile().Items()) {
+    const VESKA::CTimeMapTable& map = vob.M_VOBI.GetTimeMapTable();
     double peak = 0;
-    for (int j = 0; j < map.GetVobuENCount(); ++j) {
-      const VESKA::tag_VOBU_ENT vobu = *map.GetVobuENNode(j);
+    for (const VESKA::tag_VOBU_ENT& vobu : map.VobuEntries()) {
       peak = std::max(peak, MegabitsPerSecond(vobu.VOBU_SZ(), vobu.VOBU_PB_TM()));
     }
-    std::cout << "VOB " << i + 1 << ": "
+    std::cout << "VOB " << ++number << ": "
               << MegabitsPerSecond(map.GetPackCount(), map.GetFieldCount()) << " Mbit/s, peak "
               << peak << " Mbit/s\n";
   }

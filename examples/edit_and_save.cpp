@@ -26,7 +26,7 @@ int main(int argc, char** argv) {
   }
   VESKA::CVMGInfo info;
   if (!info.LoadFromFile(std::filesystem::path(argv[1]), VESKA::CVMGInfo::kLoadAll)) {
-    std::cerr << argv[1] << ": cannot be loaded\n";
+    std::cerr << argv[1] << ": " << Describe(info.GetFailure()) << '\n';
     return 1;
   }
 
@@ -42,7 +42,7 @@ int main(int argc, char** argv) {
 
   info.AutoComplete();
   if (!info.SaveToFile(std::filesystem::path(argv[2]))) {
-    std::cerr << argv[2] << ": cannot be saved\n";
+    std::cerr << argv[2] << ": " << Describe(info.GetFailure()) << '\n';
     return 3;
   }
   std::cout << argv[2] << ": " << info.GetDataSize() << " bytes\n";

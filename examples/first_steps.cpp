@@ -8,12 +8,17 @@ int main(int argc, char** argv) {
   const std::filesystem::path from = argv[1], to = argv[2];
 
   VESKA::CVMGInfo info;
-  if (!info.LoadFromFile(from, VESKA::CVMGInfo::kLoadAll)) return 1;
+  if (!info.LoadFromFile(from, VESKA::CVMGInfo::kLoadAll)) {
+    std::cerr << argv[1] << ": " << Describe(info.GetFailure()) << '\n';  // why it failed
+    return 1;
+  }
 
-  VESKA::CPGCInfo& chain = info.GetOriginalPGC();
+  const VESKA::CPGCInfo& chain = info.GetOriginalPGC();
   std::cout << chain.GetPGCount() << " programs, " << chain.GetCellCount() << " cells\n";
 
   info.GetMAT().GetPlayListTable().DeleteNode(0);  // edit,
   info.AutoComplete();                             // complete what follows from it,
-  return info.SaveToFile(to) ? 0 : 3;              // and save: all of it, or nothing
+  if (info.SaveToFile(to)) return 0;               // and save: all of it, or nothing
+  std::cerr << argv[2] << ": " << Describe(info.GetFailure()) << '\n';
+  return 3;
 }

@@ -34,13 +34,17 @@ const char* KindOf(VESKA::CPGCInfo::PG_VOB_TYPE type) {
 
 int main(int argc, char** argv) {
   VESKA::CVMGInfo info;
-  if (argc < 2 || !info.LoadFromFile(std::filesystem::path(argv[1]), VESKA::CVMGInfo::kLoadAll)) {
-    std::cerr << "usage: list_disc FILE.ifo (a management information file)\n";
+  if (argc < 2) {
+    std::cerr << "usage: list_disc FILE.ifo\n";
+    return 2;
+  }
+  if (!info.LoadFromFile(std::filesystem::path(argv[1]), VESKA::CVMGInfo::kLoadAll)) {
+    std::cerr << argv[1] << ": " << Describe(info.GetFailure()) << '\n';
     return 1;
   }
   std::cout << "Disc: " << Readable(info.GetMAT().GetHeader().text_93) << '\n';
 
-  VESKA::CPGCInfo& chain = info.GetOriginalPGC();
+  const VESKA::CPGCInfo& chain = info.GetOriginalPGC();
   for (int i = 0; i < chain.GetPGCount(); ++i) {
     const VESKA::tag_PGI* program = chain.GetPGNode(i);
     const int first_cell = chain.GetPGStartCellID(i) + 1;
@@ -48,10 +52,10 @@ int main(int argc, char** argv) {
               << KindOf(chain.GetProgramVOBType(i)) << ", " << program->C_Ns << " cells from cell "
               << first_cell << ")\n";
   }
-  VESKA::CPlayListSRPTable& play_lists = info.GetMAT().GetPlayListTable();
-  for (int i = 0; i < play_lists.GetCount(); ++i) {
-    std::cout << "Play list " << i + 1 << ": " << Readable(play_lists[i]->text_8);
-    const unsigned cell = play_lists[i]->cell_point.cell;
+  int number = 0;
+  for (const VESKA::tag_PL_SRP& play_list : info.GetMAT().GetPlayListTable().PlayLists()) {
+    std::cout << "Play list " << ++number << ": " << Readable(play_list.text_8);
+    const unsigned cell = play_list.cell_point.cell;
     if (cell != kNoCell) std::cout << " (from cell " << cell << ')';
     std::cout << '\n';
   }

@@ -51,7 +51,7 @@ int main(int argc, char** argv) {
   info.AutoComplete();
   const std::filesystem::path path = argv[argc - 1];
   if (!info.SaveToFile(path)) {
-    std::cerr << path.string() << ": cannot be saved\n";
+    std::cerr << path.string() << ": " << Describe(info.GetFailure()) << '\n';
     return 3;
   }
   std::cout << path.string() << ": " << info.GetDataSize() << " bytes\n";

@@ -1,7 +1,7 @@
 // Any edits of a new object, which is then completed, written and loaded again.
 
 #include "edit_script.h"
-#include "round_trip.h"
+#include "support/round_trip.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   VESKA::CVMGInfo info;

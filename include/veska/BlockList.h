@@ -72,6 +72,8 @@ class BlockList : private RecordList<Record, Limit> {
   using Base::Get;
   using Base::Insert;
   using Base::IsEmpty;
+  using Base::Range;
+  using Base::Spare;
   ///@}
 
   BlockList() = default;
@@ -79,17 +81,24 @@ class BlockList : private RecordList<Record, Limit> {
   BlockList(const BlockList& other) : BlockList() {
     std::uint64_t bytes = 0;
     for (const Record& record : other) bytes += Block::Size(record);
-    unsigned char* room = Reserve(other.Count(), bytes);
-    for (const Record& record : other) {
-      SetFirstBlock(*Base::Add(record), Block::Get(record), Block::Size(record), room);
+    unsigned char* room = Load(other.Count(), bytes);
+    auto from = other.begin();
+    for (Record& record : *this) {
+      record = *from;
+      SetFirstBlock(record, Block::Get(*from), Block::Size(*from), room);
+      ++from;
     }
   }
   /// As by copying; the list stays as it is where that throws.
   BlockList& operator=(const BlockList& other) {
+    if (this != &other) *this = BlockList(other);
+    return *this;
+  }
+  BlockList(BlockList&&) noexcept = default;
+  BlockList& operator=(BlockList&& other) noexcept {
     if (this != &other) {
-      BlockList copy(other);
       Clear();
-      Base::Take(copy);
+      Base::operator=(std::move(other));
     }
     return *this;
   }

@@ -27,6 +27,8 @@ class VESKA_API CAdditionalAFile
   CAdditionalAFile() = default;
   CAdditionalAFile(const CAdditionalAFile&) = default;
   CAdditionalAFile& operator=(const CAdditionalAFile&) = default;
+  CAdditionalAFile(CAdditionalAFile&&) noexcept = default;
+  CAdditionalAFile& operator=(CAdditionalAFile&&) noexcept = default;
   ~CAdditionalAFile() override;
 };
 

@@ -9,13 +9,18 @@ namespace VESKA {
 class ImageReader;
 class ImageWriter;
 
-/// What a program chain knows of its cells. `GetType` names the class, `CMovieCell` or
-/// `CStillCell`, to which a pointer to a cell can be converted.
+/// What a program chain knows of its cells. Of a cell that the library made, `GetType` names the
+/// class, `CMovieCell` or `CStillCell`, to which a pointer to it can be converted.
+///
+/// A host may derive a class of its own from this one: it implements the nine operations below, and
+/// puts its cells into a chain (see `tag_C_ITEM`).
 class VESKA_API CBaseCell {
  public:
   CBaseCell() = default;
   CBaseCell(const CBaseCell&) = default;
   CBaseCell& operator=(const CBaseCell&) = default;
+  CBaseCell(CBaseCell&&) noexcept = default;
+  CBaseCell& operator=(CBaseCell&&) noexcept = default;
   virtual ~CBaseCell();
 
   /// `CELL_MOVIE` or `CELL_STILL`, by the class, whatever the header says.
@@ -39,9 +44,10 @@ class VESKA_API CBaseCell {
   virtual void GetData(unsigned char* out) = 0;
 
   ///@{
-  /// For the tables of the library. `Write` returns `GetDataSize()`.
-  virtual void Read(const ImageReader& image) = 0;
-  virtual std::uint64_t Write(const ImageWriter& out) const = 0;
+  /// For the tables of the library. `Write` returns `GetDataSize()`. A host's class has no need of
+  /// its own: these use `Parse` and `GetData`.
+  virtual void Read(const ImageReader& image);
+  virtual std::uint64_t Write(const ImageWriter& out) const;
   ///@}
 };
 

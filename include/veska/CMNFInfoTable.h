@@ -24,6 +24,8 @@ class VESKA_API CMNFInfoTable {
   CMNFInfoTable() = default;
   CMNFInfoTable(const CMNFInfoTable&) = default;
   CMNFInfoTable& operator=(const CMNFInfoTable&) = default;
+  CMNFInfoTable(CMNFInfoTable&&) noexcept = default;
+  CMNFInfoTable& operator=(CMNFInfoTable&&) noexcept = default;
   virtual ~CMNFInfoTable();
 
   /// Zeroes the header and deletes every item.
@@ -45,7 +47,14 @@ class VESKA_API CMNFInfoTable {
   ///@{
   /// The item at position `index`, null when out of range.
   tag_A_MNFI_ITEM* GetNode(int index) { return items_.Get(index); }
+  const tag_A_MNFI_ITEM* GetNode(int index) const { return items_.Get(index); }
   tag_A_MNFI_ITEM* operator[](int index) { return items_.Get(index); }
+  const tag_A_MNFI_ITEM* operator[](int index) const { return items_.Get(index); }
+  ///@}
+  ///@{
+  /// The items in order, as a range of `tag_A_MNFI_ITEM&`.
+  auto Items() { return items_.Range(); }
+  auto Items() const { return items_.Range(); }
   ///@}
   /// Appends an item of zero bytes without data block; null beyond 65,535.
   tag_A_MNFI_ITEM* AddNode() { return items_.Add(); }

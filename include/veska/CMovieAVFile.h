@@ -27,6 +27,8 @@ class VESKA_API CMovieAVFile
   CMovieAVFile() = default;
   CMovieAVFile(const CMovieAVFile&) = default;
   CMovieAVFile& operator=(const CMovieAVFile&) = default;
+  CMovieAVFile(CMovieAVFile&&) noexcept = default;
+  CMovieAVFile& operator=(CMovieAVFile&&) noexcept = default;
   ~CMovieAVFile() override;
 };
 

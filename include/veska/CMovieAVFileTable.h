@@ -23,6 +23,8 @@ class VESKA_API CMovieAVFileTable {
   CMovieAVFileTable() = default;
   CMovieAVFileTable(const CMovieAVFileTable&) = default;
   CMovieAVFileTable& operator=(const CMovieAVFileTable&) = default;
+  CMovieAVFileTable(CMovieAVFileTable&&) noexcept = default;
+  CMovieAVFileTable& operator=(CMovieAVFileTable&&) noexcept = default;
   virtual ~CMovieAVFileTable();
 
   /// Zeroes the header, deletes every stream record and clears the AV file.
@@ -36,9 +38,12 @@ class VESKA_API CMovieAVFileTable {
   /// The header, as the last `Parse` or `AutoComplete` left it.
   const tag_M_AVFITI& GetHeader() const { return header_; }
   /// True when `M_AVFI_Ns` was 1 at the last `Parse` or `AutoComplete`.
-  bool HasMovieAVFile() { return header_.M_AVFI_Ns == 1; }
+  bool HasMovieAVFile() const { return header_.M_AVFI_Ns == 1; }
+  ///@{
   /// The index of the movie VOBs.
   CMovieAVFile& GetMovieAVFile() { return av_file_; }
+  const CMovieAVFile& GetMovieAVFile() const { return av_file_; }
+  ///@}
 
   ///@{
   /// The stream records: their number; the one at `index` (null when out of range); a new one of
@@ -46,9 +51,16 @@ class VESKA_API CMovieAVFileTable {
   /// 255); the one at `index` deleted (false when out of range).
   int GetStreamCount() const { return streams_.Count(); }
   tag_M_VOB_STI* GetStreamNode(int index) { return streams_.Get(index); }
+  const tag_M_VOB_STI* GetStreamNode(int index) const { return streams_.Get(index); }
   tag_M_VOB_STI* AddStreamNode() { return streams_.Add(); }
   tag_M_VOB_STI* InsertStreamNode(int index) { return streams_.Insert(index); }
   bool DeleteStreamNode(int index) { return streams_.Delete(index); }
+  ///@}
+
+  ///@{
+  /// The stream records in order, as a range of `tag_M_VOB_STI&`.
+  auto Streams() { return streams_.Range(); }
+  auto Streams() const { return streams_.Range(); }
   ///@}
 
   /// Completes the AV file, then the counts and the end address.

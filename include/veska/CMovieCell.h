@@ -13,6 +13,8 @@ class VESKA_API CMovieCell : public CellOf<tag_M_C_GI, tag_M_C_EPI, CELL_MOVIE> 
   CMovieCell() = default;
   CMovieCell(const CMovieCell&) = default;
   CMovieCell& operator=(const CMovieCell&) = default;
+  CMovieCell(CMovieCell&&) noexcept = default;
+  CMovieCell& operator=(CMovieCell&&) noexcept = default;
   ~CMovieCell() override;
 };
 

@@ -20,6 +20,8 @@ class VESKA_API CMovieVOB {
   CMovieVOB() = default;
   CMovieVOB(const CMovieVOB&) = default;
   CMovieVOB& operator=(const CMovieVOB&) = default;
+  CMovieVOB(CMovieVOB&&) noexcept = default;
+  CMovieVOB& operator=(CMovieVOB&&) noexcept = default;
   virtual ~CMovieVOB();
 
   /// Zeroes the three records and clears the time map.
@@ -33,9 +35,13 @@ class VESKA_API CMovieVOB {
   ///@{
   /// The four parts, which the host sets.
   tag_M_VOB_GI& GetHeader() { return header_; }
+  const tag_M_VOB_GI& GetHeader() const { return header_; }
   tag_SMLI& GetSeamlessInfo() { return seamless_; }
+  const tag_SMLI& GetSeamlessInfo() const { return seamless_; }
   tag_AGAPI& GetAudioGaps() { return audio_gaps_; }
+  const tag_AGAPI& GetAudioGaps() const { return audio_gaps_; }
   CTimeMapTable& GetTimeMapTable() { return time_map_; }
+  const CTimeMapTable& GetTimeMapTable() const { return time_map_; }
   ///@}
 
   /// Completes the time map.
@@ -56,10 +62,10 @@ class VESKA_API CMovieVOB {
   ///@}
 
  private:
+  [[no_unique_address]] CTimeMapTable time_map_;  // the header takes its tail padding
   tag_M_VOB_GI header_{};
   tag_SMLI seamless_{};
   tag_AGAPI audio_gaps_{};
-  CTimeMapTable time_map_;
 };
 
 }  // namespace VESKA

@@ -7,6 +7,8 @@
 #include <veska/export.h>
 #include <veska/records.h>
 
+#include <new>
+
 namespace VESKA {
 
 class ImageReader;
@@ -15,9 +17,10 @@ class ImageWriter;
 /// One cell of a program chain.
 struct tag_C_ITEM {
   std::uint32_t CI_SA = 0;  ///< start address from the chain's first byte; derived
-  CBaseCell* CI =
-      nullptr;  ///< the cell, owned by the chain; not the host's to delete. A cell of the
-                ///< host's own, made with `new`, that is put here belongs to the chain.
+  CBaseCell* CI = nullptr;  ///< the cell, owned by the chain; not the host's to delete. A cell of
+                            ///< the host's own, made with `new`, that is put here belongs to the
+                            ///< chain. A copy of the chain holds the content of a cell of a host's
+                            ///< class in one of the library's.
 };
 
 /// A program chain information (PGCI): a 4-byte header, 142 bytes for each program, 4 bytes for
@@ -41,6 +44,8 @@ class VESKA_API CPGCInfo {
   CPGCInfo() = default;
   CPGCInfo(const CPGCInfo&) = default;
   CPGCInfo& operator=(const CPGCInfo&) = default;
+  CPGCInfo(CPGCInfo&&) noexcept = default;
+  CPGCInfo& operator=(CPGCInfo&&) noexcept = default;
   virtual ~CPGCInfo();
 
   /// Zeroes the header and deletes every program and cell.
@@ -52,7 +57,7 @@ class VESKA_API CPGCInfo {
   bool Parse(unsigned char* const data);
 
   /// The header, as the last `Parse` or `AutoComplete` left it.
-  const tag_PGC_GI& GetHeader() { return header_; }
+  const tag_PGC_GI& GetHeader() const { return header_; }
 
   ///@{
   /// The programs: their number; the one at `pg` (null when out of range); a new one of zero bytes
@@ -61,6 +66,7 @@ class VESKA_API CPGCInfo {
   /// none: set it to a 1-based cell number, or to 0xFFFF.
   int GetPGCount() const { return programs_.Count(); }
   tag_PGI* GetPGNode(int pg) { return programs_.Get(pg); }
+  const tag_PGI* GetPGNode(int pg) const { return programs_.Get(pg); }
   tag_PGI* AddPGNode() { return programs_.Add(); }
   tag_PGI* InsertPGNode(int pg) { return programs_.Insert(pg); }
   bool DeletePGNode(int pg) { return programs_.Delete(pg); }
@@ -75,18 +81,31 @@ class VESKA_API CPGCInfo {
   /// `CStillCell`.
   int GetCellCount() const { return cells_.Count(); }
   tag_C_ITEM* GetCellNode(int cell) { return cells_.Get(cell); }
+  const tag_C_ITEM* GetCellNode(int cell) const { return cells_.Get(cell); }
   tag_C_ITEM* AddCellNode(tag_CELL_TYPE type) { return cells_.Add(type); }
   tag_C_ITEM* InsertCellNode(int cell, tag_CELL_TYPE type) { return cells_.Insert(cell, type); }
   bool DeleteCellNode(int cell) { return cells_.Delete(cell); }
   bool MoveCellNodes(int first, int last, int shift) { return cells_.Move(first, last, shift); }
   ///@}
 
+  ///@{
+  /// The programs in order, as a range of `tag_PGI&`.
+  auto Programs() { return programs_.Range(); }
+  auto Programs() const { return programs_.Range(); }
+  ///@}
+  ///@{
+  /// The cells in order, as a range of `tag_C_ITEM&`. Only `MoveCellNodes` changes their order:
+  /// items must not be exchanged, as sorting does.
+  auto Cells() { return cells_.Range<tag_C_ITEM>(); }
+  auto Cells() const { return cells_.Range<tag_C_ITEM>(); }
+  ///@}
+
   /// The 0-based position of the first cell of program `pg`: the sum of `C_Ns` over the programs
   /// before it; over all programs when `pg` is out of range.
-  int GetPGStartCellID(int pg);
+  int GetPGStartCellID(int pg) const;
   /// The kinds of cell of program `pg`. Cells that its `C_Ns` counts past the cell list do not
   /// matter.
-  PG_VOB_TYPE GetProgramVOBType(int pg);
+  PG_VOB_TYPE GetProgramVOBType(int pg) const;
 
   /// Completes every cell, then the counts and the cells' addresses.
   void AutoComplete();
@@ -113,8 +132,12 @@ class VESKA_API CPGCInfo {
     ~CellItem();
     bool operator==(const CellItem& other) const;
 
+    /// Reads a cell of that kind, over the present one where it is of the same kind.
+    void Read(tag_CELL_TYPE type, const ImageReader& image);
+
    private:
-    CBaseCell* Own() { return reinterpret_cast<CBaseCell*>(own_); }
+    void Place(tag_CELL_TYPE type);
+    CBaseCell* Own() { return std::launder(reinterpret_cast<CBaseCell*>(own_)); }
 
     static_assert(sizeof(CStillCell) <= sizeof(CMovieCell));
     alignas(CMovieCell) unsigned char own_[sizeof(CMovieCell)];  // a cell of either kind

@@ -22,6 +22,8 @@ class VESKA_API CPlayListSRPTable {
   CPlayListSRPTable() = default;
   CPlayListSRPTable(const CPlayListSRPTable&) = default;
   CPlayListSRPTable& operator=(const CPlayListSRPTable&) = default;
+  CPlayListSRPTable(CPlayListSRPTable&&) noexcept = default;
+  CPlayListSRPTable& operator=(CPlayListSRPTable&&) noexcept = default;
   virtual ~CPlayListSRPTable();
 
   /// Deletes every play list and zeroes the header.
@@ -40,7 +42,14 @@ class VESKA_API CPlayListSRPTable {
   ///@{
   /// The play list at position `index`, null when out of range.
   tag_PL_SRP* GetNode(int index) { return records_.Get(index); }
+  const tag_PL_SRP* GetNode(int index) const { return records_.Get(index); }
   tag_PL_SRP* operator[](int index) { return records_.Get(index); }
+  const tag_PL_SRP* operator[](int index) const { return records_.Get(index); }
+  ///@}
+  ///@{
+  /// The play lists in order, as a range of `tag_PL_SRP&`.
+  auto PlayLists() { return records_.Range(); }
+  auto PlayLists() const { return records_.Range(); }
   ///@}
   /// Appends a play list of zero bytes; null beyond 255.
   tag_PL_SRP* AddNode() { return records_.Add(); }

@@ -22,6 +22,8 @@ class VESKA_API CStillAAG {
   CStillAAG() = default;
   CStillAAG(const CStillAAG&) = default;
   CStillAAG& operator=(const CStillAAG&) = default;
+  CStillAAG(CStillAAG&&) noexcept = default;
+  CStillAAG& operator=(CStillAAG&&) noexcept = default;
   virtual ~CStillAAG();
 
   /// Zeroes the header and deletes every entry.
@@ -32,15 +34,25 @@ class VESKA_API CStillAAG {
   /// the counts and addresses in it say. False when there is no memory.
   bool Parse(unsigned char* const data);
 
+  ///@{
   /// The general information, which the host sets but for the count.
   tag_S_AAG_GI& GetHeader() { return header_; }
+  const tag_S_AAG_GI& GetHeader() const { return header_; }
+  ///@}
 
   /// The number of entries.
   int GetCount() const { return entries_.Count(); }
   ///@{
   /// The entry at position `index`, null when out of range.
   tag_AA_ENT* GetNode(int index) { return entries_.Get(index); }
+  const tag_AA_ENT* GetNode(int index) const { return entries_.Get(index); }
   tag_AA_ENT* operator[](int index) { return entries_.Get(index); }
+  const tag_AA_ENT* operator[](int index) const { return entries_.Get(index); }
+  ///@}
+  ///@{
+  /// The entries in order, as a range of `tag_AA_ENT&`.
+  auto Entries() { return entries_.Range(); }
+  auto Entries() const { return entries_.Range(); }
   ///@}
   /// Appends an entry of zero bytes; null beyond 255.
   tag_AA_ENT* AddNode() { return entries_.Add(); }
@@ -57,7 +69,7 @@ class VESKA_API CStillAAG {
   /// last `AutoComplete`: call it before, so that `GetDataSize()` bytes are enough.
   void GetData(unsigned char* out);
   /// The sum of `PCKs` over all entries.
-  unsigned long GetPackCount();
+  unsigned long GetPackCount() const;
 
   /// Equal when both would stand the same in a file.
   bool operator==(const CStillAAG& other) const;

@@ -27,6 +27,8 @@ class VESKA_API CStillAVFile
   CStillAVFile() = default;
   CStillAVFile(const CStillAVFile&) = default;
   CStillAVFile& operator=(const CStillAVFile&) = default;
+  CStillAVFile(CStillAVFile&&) noexcept = default;
+  CStillAVFile& operator=(CStillAVFile&&) noexcept = default;
   ~CStillAVFile() override;
 };
 

@@ -12,6 +12,10 @@ namespace VESKA {
 class ImageReader;
 class ImageWriter;
 
+/// There is one list of these in a file, in a table that a host may move without them.
+template <>
+inline constexpr bool kLiesWithinList<tag_S_A_ATR> = false;
+
 /// The table of the recorded still pictures (S_AVFIT): an 8-byte header, 54 bytes for each stream,
 /// the index of the still VOB groups when there are any, 2 bytes for each additional audio stream,
 /// and the index of the additional audio groups when there are any.
@@ -25,6 +29,8 @@ class VESKA_API CStillAVFileTable {
   CStillAVFileTable() = default;
   CStillAVFileTable(const CStillAVFileTable&) = default;
   CStillAVFileTable& operator=(const CStillAVFileTable&) = default;
+  CStillAVFileTable(CStillAVFileTable&&) noexcept = default;
+  CStillAVFileTable& operator=(CStillAVFileTable&&) noexcept = default;
   virtual ~CStillAVFileTable();
 
   /// Zeroes the header, deletes every record and clears both files.
@@ -38,13 +44,19 @@ class VESKA_API CStillAVFileTable {
   /// The header, as the last `Parse` or `AutoComplete` left it.
   const tag_S_AVFITI& GetHeader() const { return header_; }
   /// True when `S_AVFI_Ns` was 1 at the last `Parse` or `AutoComplete`.
-  bool HasStillAVFile() { return header_.S_AVFI_Ns == 1; }
+  bool HasStillAVFile() const { return header_.S_AVFI_Ns == 1; }
   /// True when `S_AAFI_Ns` was 1 at the last `Parse` or `AutoComplete`.
-  bool HasAdditionalAFile() { return header_.S_AAFI_Ns == 1; }
+  bool HasAdditionalAFile() const { return header_.S_AAFI_Ns == 1; }
+  ///@{
   /// The index of the still VOB groups.
   CStillAVFile& GetStillAVFile() { return av_file_; }
+  const CStillAVFile& GetStillAVFile() const { return av_file_; }
+  ///@}
+  ///@{
   /// The index of the additional audio groups.
   CAdditionalAFile& GetAdditionalAFile() { return audio_file_; }
+  const CAdditionalAFile& GetAdditionalAFile() const { return audio_file_; }
+  ///@}
 
   ///@{
   /// The still stream records: their number; the one at `index` (null when out of range); a new one
@@ -52,6 +64,7 @@ class VESKA_API CStillAVFileTable {
   /// 255); the one at `index` deleted (false when out of range).
   int GetVOBStreamCount() const { return streams_.Count(); }
   tag_S_VOB_STI* GetVOBStreamNode(int index) { return streams_.Get(index); }
+  const tag_S_VOB_STI* GetVOBStreamNode(int index) const { return streams_.Get(index); }
   tag_S_VOB_STI* AddVOBStreamNode() { return streams_.Add(); }
   tag_S_VOB_STI* InsertVOBStreamNode(int index) { return streams_.Insert(index); }
   bool DeleteVOBStreamNode(int index) { return streams_.Delete(index); }
@@ -61,9 +74,21 @@ class VESKA_API CStillAVFileTable {
   /// The additional audio stream records, in the same way.
   int GetAAStreamCount() const { return audio_streams_.Count(); }
   tag_S_A_ATR* GetAAStreamNode(int index) { return audio_streams_.Get(index); }
+  const tag_S_A_ATR* GetAAStreamNode(int index) const { return audio_streams_.Get(index); }
   tag_S_A_ATR* AddAAStreamNode() { return audio_streams_.Add(); }
   tag_S_A_ATR* InsertAAStreamNode(int index) { return audio_streams_.Insert(index); }
   bool DeleteAAStreamNode(int index) { return audio_streams_.Delete(index); }
+  ///@}
+
+  ///@{
+  /// The still stream records in order, as a range of `tag_S_VOB_STI&`.
+  auto VOBStreams() { return streams_.Range(); }
+  auto VOBStreams() const { return streams_.Range(); }
+  ///@}
+  ///@{
+  /// The additional audio stream records, as a range of `tag_S_A_ATR&`.
+  auto AAStreams() { return audio_streams_.Range(); }
+  auto AAStreams() const { return audio_streams_.Range(); }
   ///@}
 
   /// Completes both files, then the counts and the end address.

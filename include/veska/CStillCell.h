@@ -13,6 +13,8 @@ class VESKA_API CStillCell : public CellOf<tag_S_C_GI, tag_S_C_EPI, CELL_STILL> 
   CStillCell() = default;
   CStillCell(const CStillCell&) = default;
   CStillCell& operator=(const CStillCell&) = default;
+  CStillCell(CStillCell&&) noexcept = default;
+  CStillCell& operator=(CStillCell&&) noexcept = default;
   ~CStillCell() override;
 };
 

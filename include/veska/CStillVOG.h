@@ -23,6 +23,8 @@ class VESKA_API CStillVOG {
   CStillVOG() = default;
   CStillVOG(const CStillVOG&) = default;
   CStillVOG& operator=(const CStillVOG&) = default;
+  CStillVOG(CStillVOG&&) noexcept = default;
+  CStillVOG& operator=(CStillVOG&&) noexcept = default;
   virtual ~CStillVOG();
 
   /// Zeroes the header and deletes every entry.
@@ -33,15 +35,25 @@ class VESKA_API CStillVOG {
   /// the counts and addresses in it say. False when there is no memory.
   bool Parse(unsigned char* const data);
 
+  ///@{
   /// The general information, which the host sets but for the count.
   tag_S_VOG_GI& GetHeader() { return header_; }
+  const tag_S_VOG_GI& GetHeader() const { return header_; }
+  ///@}
 
   /// The number of entries.
   int GetCount() const { return entries_.Count(); }
   ///@{
   /// The entry at position `index`, null when out of range.
   tag_S_VOB_ENT* GetNode(int index) { return entries_.Get(index); }
+  const tag_S_VOB_ENT* GetNode(int index) const { return entries_.Get(index); }
   tag_S_VOB_ENT* operator[](int index) { return entries_.Get(index); }
+  const tag_S_VOB_ENT* operator[](int index) const { return entries_.Get(index); }
+  ///@}
+  ///@{
+  /// The entries in order, as a range of `tag_S_VOB_ENT&`.
+  auto Entries() { return entries_.Range(); }
+  auto Entries() const { return entries_.Range(); }
   ///@}
   /// Appends an entry of nine zero bytes (form 0); null beyond 255.
   tag_S_VOB_ENT* AddNode() { return entries_.Add(); }
@@ -59,7 +71,7 @@ class VESKA_API CStillVOG {
   /// last `AutoComplete`: call it before, so that `GetDataSize()` bytes are enough.
   void GetData(unsigned char* out);
   /// The sum of `PCKs` over all entries and of `EXT1_PCKs` over those that have it.
-  unsigned long GetPackCount();
+  unsigned long GetPackCount() const;
 
   /// Equal when both would stand the same in a file.
   bool operator==(const CStillVOG& other) const;

@@ -33,6 +33,8 @@ class VESKA_API CTextDataMgr {
   CTextDataMgr() = default;
   CTextDataMgr(const CTextDataMgr&) = default;
   CTextDataMgr& operator=(const CTextDataMgr&) = default;
+  CTextDataMgr(CTextDataMgr&&) noexcept = default;
+  CTextDataMgr& operator=(CTextDataMgr&&) noexcept = default;
   virtual ~CTextDataMgr();
 
   /// Zeroes the header, `CHRS` included, and deletes every item.
@@ -53,7 +55,14 @@ class VESKA_API CTextDataMgr {
   ///@{
   /// The item at position `index`, null when out of range.
   tag_IT_TXT_ITEM* GetNode(int index) { return items_.Get(index); }
+  const tag_IT_TXT_ITEM* GetNode(int index) const { return items_.Get(index); }
   tag_IT_TXT_ITEM* operator[](int index) { return items_.Get(index); }
+  const tag_IT_TXT_ITEM* operator[](int index) const { return items_.Get(index); }
+  ///@}
+  ///@{
+  /// The items in order, as a range of `tag_IT_TXT_ITEM&`.
+  auto Items() { return items_.Range(); }
+  auto Items() const { return items_.Range(); }
   ///@}
   /// Appends an item without texts; null beyond 65,535.
   tag_IT_TXT_ITEM* AddNode() { return items_.Add(); }

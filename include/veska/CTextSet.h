@@ -5,6 +5,8 @@
 #include <veska/export.h>
 #include <veska/records.h>
 
+#include <span>
+
 namespace VESKA {
 
 class ImageReader;
@@ -22,6 +24,8 @@ class VESKA_API CTextSet {
   CTextSet() = default;
   CTextSet(const CTextSet&) = default;
   CTextSet& operator=(const CTextSet&) = default;
+  CTextSet(CTextSet&&) noexcept = default;
+  CTextSet& operator=(CTextSet&&) noexcept = default;
   virtual ~CTextSet();
 
   /// Deletes every text.
@@ -37,7 +41,14 @@ class VESKA_API CTextSet {
   ///@{
   /// The text at position `i`, null when out of range.
   tag_IT_TXT* GetNode(int i) { return records_.Get(i); }
+  const tag_IT_TXT* GetNode(int i) const { return records_.Get(i); }
   tag_IT_TXT* operator[](int i) { return records_.Get(i); }
+  const tag_IT_TXT* operator[](int i) const { return records_.Get(i); }
+  ///@}
+  ///@{
+  /// The texts in order, as a range of `tag_IT_TXT&`.
+  auto Texts() { return records_.Range(); }
+  auto Texts() const { return records_.Range(); }
   ///@}
   /// Appends an empty text with code 0; null beyond 65,535.
   tag_IT_TXT* AddNode() { return records_.Add(); }
@@ -65,6 +76,9 @@ class VESKA_API CTextSet {
   ///@}
 
  private:
+  /// The bytes that were read, where the texts would be written just so; none otherwise.
+  std::span<const unsigned char> AsRead() const;
+
   BlockList<tag_IT_TXT, 0xFFFF> records_;
 };
 

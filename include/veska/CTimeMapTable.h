@@ -22,6 +22,8 @@ class VESKA_API CTimeMapTable {
   CTimeMapTable() = default;
   CTimeMapTable(const CTimeMapTable&) = default;
   CTimeMapTable& operator=(const CTimeMapTable&) = default;
+  CTimeMapTable(CTimeMapTable&&) noexcept = default;
+  CTimeMapTable& operator=(CTimeMapTable&&) noexcept = default;
   virtual ~CTimeMapTable();
 
   /// Zeroes the header and deletes every entry.
@@ -52,6 +54,7 @@ class VESKA_API CTimeMapTable {
   /// the one at `index` deleted (false when out of range).
   int GetTimeENCount() const { return times_.Count(); }
   tag_TM_ENT* GetTimeENNode(int index) { return times_.Get(index); }
+  const tag_TM_ENT* GetTimeENNode(int index) const { return times_.Get(index); }
   tag_TM_ENT* AddTimeENNode() { return times_.Add(); }
   tag_TM_ENT* InsertTimeENNode(int index) { return times_.Insert(index); }
   bool DeleteTimeENNode(int index) { return times_.Delete(index); }
@@ -61,15 +64,27 @@ class VESKA_API CTimeMapTable {
   /// The VOBU entries, in the same way.
   int GetVobuENCount() const { return vobus_.Count(); }
   tag_VOBU_ENT* GetVobuENNode(int index) { return vobus_.Get(index); }
+  const tag_VOBU_ENT* GetVobuENNode(int index) const { return vobus_.Get(index); }
   tag_VOBU_ENT* AddVobuENNode() { return vobus_.Add(); }
   tag_VOBU_ENT* InsertVobuENNode(int index) { return vobus_.Insert(index); }
   bool DeleteVobuENNode(int index) { return vobus_.Delete(index); }
   ///@}
 
+  ///@{
+  /// The time entries in order, as a range of `tag_TM_ENT&`.
+  auto TimeEntries() { return times_.Range(); }
+  auto TimeEntries() const { return times_.Range(); }
+  ///@}
+  ///@{
+  /// The VOBU entries in order, as a range of `tag_VOBU_ENT&`.
+  auto VobuEntries() { return vobus_.Range(); }
+  auto VobuEntries() const { return vobus_.Range(); }
+  ///@}
+
   /// The VOB's size in packs of 2,048 bytes: the sum of `VOBU_SZ` over the VOBU entries.
-  unsigned long GetPackCount();
+  unsigned long GetPackCount() const;
   /// The VOB's playback time in video fields: the sum of `VOBU_PB_TM` over the VOBU entries.
-  unsigned long GetFieldCount();
+  unsigned long GetFieldCount() const;
 
   /// Sets `TM_ENT_Ns` and `VOBU_ENT_Ns` from the lists.
   void AutoComplete();
@@ -89,9 +104,10 @@ class VESKA_API CTimeMapTable {
   ///@}
 
  private:
+  // There may be tens of thousands of them: what follows a list takes its tail padding.
+  [[no_unique_address]] RecordList<tag_TM_ENT, 0xFFFF> times_;
   tag_TMAP_GI header_{};
-  RecordList<tag_TM_ENT, 0xFFFF> times_;
-  RecordList<tag_VOBU_ENT, 0xFFFF> vobus_;
+  [[no_unique_address]] RecordList<tag_VOBU_ENT, 0xFFFF> vobus_;
 };
 
 }  // namespace VESKA

@@ -31,6 +31,8 @@ class VESKA_API CUserPGCTable {
   CUserPGCTable() = default;
   CUserPGCTable(const CUserPGCTable&) = default;
   CUserPGCTable& operator=(const CUserPGCTable&) = default;
+  CUserPGCTable(CUserPGCTable&&) noexcept = default;
+  CUserPGCTable& operator=(CUserPGCTable&&) noexcept = default;
   virtual ~CUserPGCTable();
 
   /// Zeroes the header and deletes every chain.
@@ -49,7 +51,14 @@ class VESKA_API CUserPGCTable {
   ///@{
   /// The chain at position `index`, null when out of range.
   tag_UD_PGCI_ITEM* GetNode(int index) { return items_.Get(index); }
+  const tag_UD_PGCI_ITEM* GetNode(int index) const { return items_.Get(index); }
   tag_UD_PGCI_ITEM* operator[](int index) { return items_.Get(index); }
+  const tag_UD_PGCI_ITEM* operator[](int index) const { return items_.Get(index); }
+  ///@}
+  ///@{
+  /// The chains in order, as a range of `tag_UD_PGCI_ITEM&`.
+  auto Items() { return items_.Range(); }
+  auto Items() const { return items_.Range(); }
   ///@}
   /// Appends an empty chain with address 0; null beyond 255.
   tag_UD_PGCI_ITEM* AddNode() { return items_.Add(); }

@@ -20,6 +20,8 @@ class VESKA_API CVMGI_MAT {
   CVMGI_MAT() = default;
   CVMGI_MAT(const CVMGI_MAT&) = default;
   CVMGI_MAT& operator=(const CVMGI_MAT&) = default;
+  CVMGI_MAT(CVMGI_MAT&&) noexcept = default;
+  CVMGI_MAT& operator=(CVMGI_MAT&&) noexcept = default;
   virtual ~CVMGI_MAT();
 
   /// Zeroes the header and clears the play list table.
@@ -28,10 +30,16 @@ class VESKA_API CVMGI_MAT {
   /// the counts and addresses in it say. False when there is no memory.
   bool Parse(unsigned char* const data);
 
+  ///@{
   /// The header of the file.
   tag_VMGI_MAT_HEADER& GetHeader() { return header_; }
+  const tag_VMGI_MAT_HEADER& GetHeader() const { return header_; }
+  ///@}
+  ///@{
   /// The table of the play lists.
   CPlayListSRPTable& GetPlayListTable() { return play_lists_; }
+  const CPlayListSRPTable& GetPlayListTable() const { return play_lists_; }
+  ///@}
 
   /// Completes the play list table, then `VMGI_MAT_EA`.
   void AutoComplete();

@@ -9,6 +9,7 @@
 #include <veska/CUserPGCTable.h>
 #include <veska/CVMGI_MAT.h>
 #include <veska/export.h>
+#include <veska/failure.h>
 
 #include <filesystem>
 
@@ -21,7 +22,9 @@ class ImageWriter;
 /// it.
 ///
 ///     VESKA::CVMGInfo info;
-///     if (!info.LoadFromFile(path, VESKA::CVMGInfo::kLoadAll)) return false;
+///     if (!info.LoadFromFile(path, VESKA::CVMGInfo::kLoadAll)) {
+///       throw std::runtime_error(Describe(info.GetFailure()));
+///     }
 ///     info.GetOriginalPGC().GetPGNode(0)->C_Ns = 3;
 ///     info.AutoComplete();
 ///     return info.SaveToFile(path);
@@ -29,8 +32,10 @@ class ImageWriter;
 /// The object owns its tables; copies are deep, share nothing, and throw `std::bad_alloc` where
 /// there is no memory. The cells of a copy have no addresses until `AutoComplete`, which a copy
 /// therefore needs before it is written. References to the tables stay valid as long as the object.
-/// It keeps no pointer into the data that it was loaded from. Failures are results: no exception
-/// leaves loading, saving or writing, and nothing is printed. One thread at a time.
+/// It keeps no pointer into the data that it was loaded from. Moving and swapping leaves every
+/// record where it is; what was moved from holds none, and is to be cleared or loaded before other
+/// use. Failures are results: no exception leaves loading, saving or writing, nothing is printed,
+/// and `GetFailure` tells the reason. One thread at a time.
 class VESKA_API CVMGInfo {
  public:
   /// Which tables a load reads. The header, the play lists and the original program chain are
@@ -57,6 +62,8 @@ class VESKA_API CVMGInfo {
   CVMGInfo() = default;
   CVMGInfo(const CVMGInfo&) = default;
   CVMGInfo& operator=(const CVMGInfo&) = default;
+  CVMGInfo(CVMGInfo&&) noexcept = default;
+  CVMGInfo& operator=(CVMGInfo&&) noexcept = default;
   virtual ~CVMGInfo();
 
   /// Clears every table.
@@ -95,6 +102,14 @@ class VESKA_API CVMGInfo {
   /// The same by the platform's own form of name.
   bool SaveToFile(const std::filesystem::path& path);
 
+  /// The image that `SaveToFile` writes, in a buffer that the caller returns with `FreeData`, and
+  /// its size in bytes in `*size`. Null where `SaveToFile` refuses the image or there is no memory.
+  unsigned char* SaveToMemory(unsigned long* size);
+
+  /// Why the last load or save, `SaveToMemory` included, returned false or null; of kind `kNone`
+  /// after one that did not. Is copied with the object, and takes no part in comparing objects.
+  const Failure& GetFailure() const { return failure_; }
+
   /// The size of the image in bytes: the sum of the tables', which wraps where `unsigned long` has
   /// 32 bits and end addresses claim more; `SaveToFile` refuses such an image.
   unsigned long GetDataSize() const;
@@ -117,12 +132,19 @@ class VESKA_API CVMGInfo {
   ///@{
   /// The tables of the file.
   CVMGI_MAT& GetMAT() { return mat_; }
+  const CVMGI_MAT& GetMAT() const { return mat_; }
   CMovieAVFileTable& GetMovieAVFileTable() { return movie_; }
+  const CMovieAVFileTable& GetMovieAVFileTable() const { return movie_; }
   CStillAVFileTable& GetStillAVFileTable() { return still_; }
+  const CStillAVFileTable& GetStillAVFileTable() const { return still_; }
   CPGCInfo& GetOriginalPGC() { return original_; }
+  const CPGCInfo& GetOriginalPGC() const { return original_; }
   CUserPGCTable& GetUserPGCTable() { return user_chains_; }
+  const CUserPGCTable& GetUserPGCTable() const { return user_chains_; }
   CTextDataMgr& GetTextDataMgr() { return texts_; }
+  const CTextDataMgr& GetTextDataMgr() const { return texts_; }
   CMNFInfoTable& GetMNFInfoTable() { return manufacturers_; }
+  const CMNFInfoTable& GetMNFInfoTable() const { return manufacturers_; }
   ///@}
 
   ///@{
@@ -136,14 +158,17 @@ class VESKA_API CVMGInfo {
   ///@}
 
   /// True when both would stand the same in a file.
-  bool operator==(const CVMGInfo&) const = default;
+  bool operator==(const CVMGInfo& other) const;
 
  private:
   bool Load(const ImageReader& image, unsigned char flags);
-  void ReadTables(const ImageReader& image, unsigned char flags);
-  bool ReadsBack(const unsigned char* image, unsigned long size) const;
-  bool PointsIntoMovieCell(const tag_CELL_POINT& point);
-  void ConvertCellPoints();
+  void ReadTables(const ImageReader& image, unsigned char flags, FailureTable* now);
+  bool MakeImage(unsigned char* image, unsigned long size);
+  bool ReadBack(const unsigned char* image, unsigned long size);
+  void BlameRecord(const unsigned char* image, unsigned long size);
+  void BlamePadding(const CVMGInfo& completed);
+  void ConvertCellPoints(const CPGCInfo& chain);
+  void ClearFrom(FailureTable first);
   unsigned long SizeOfOthers() const;  // of all but the original chain
   void Write(const ImageWriter& out);
   void WriteMaterial(const ImageWriter& out);
@@ -157,6 +182,7 @@ class VESKA_API CVMGInfo {
   CUserPGCTable user_chains_;
   CTextDataMgr texts_;
   CMNFInfoTable manufacturers_;
+  Failure failure_;
 };
 
 }  // namespace VESKA

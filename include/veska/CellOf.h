@@ -23,6 +23,8 @@ class CellOf : public CBaseCell {
   CellOf() = default;
   CellOf(const CellOf&) = default;
   CellOf& operator=(const CellOf&) = default;
+  CellOf(CellOf&&) noexcept = default;
+  CellOf& operator=(CellOf&&) noexcept = default;
 
   tag_CELL_TYPE GetType() override { return Type; }
   bool Parse(unsigned char* const data) override;
@@ -33,12 +35,22 @@ class CellOf : public CBaseCell {
   unsigned long GetDataSize() const override;
   void GetData(unsigned char* out) override;
 
+  ///@{
   /// The header.
   Header& GetHeader() { return header_; }
+  const Header& GetHeader() const { return header_; }
+  ///@}
   ///@{
   /// The entry point at position `i`, null when out of range.
   Entry* GetNode(int i) { return entries_.Get(i); }
+  const Entry* GetNode(int i) const { return entries_.Get(i); }
   Entry* operator[](int i) { return entries_.Get(i); }
+  const Entry* operator[](int i) const { return entries_.Get(i); }
+  ///@}
+  ///@{
+  /// The entry points in order, as a range of `Entry&`.
+  auto EntryPoints() { return entries_.Range(); }
+  auto EntryPoints() const { return entries_.Range(); }
   ///@}
   /// Appends an entry point of zero bytes, with a block of zero bytes for `CELL_ENTRY_LONG`; the
   /// host then sets its `EP_TY`. Null beyond 65,535.
@@ -65,7 +77,7 @@ class CellOf : public CBaseCell {
   Entry* WithBlock(Entry* entry, int i, tag_CELL_ENTRY_TYPE type);
   std::uint64_t WriteFirst(int count, const ImageWriter& out) const;
 
-  [[no_unique_address]] BlockList<Entry, 0xFFFF> entries_;  // the header takes its tail padding
+  VESKA_NO_UNIQUE_ADDRESS BlockList<Entry, 0xFFFF> entries_;  // the header takes its tail padding
   Header header_{};
 };
 

@@ -28,6 +28,8 @@ class ItemIndex {
   ItemIndex() = default;
   ItemIndex(const ItemIndex&) = default;
   ItemIndex& operator=(const ItemIndex&) = default;
+  ItemIndex(ItemIndex&&) noexcept = default;
+  ItemIndex& operator=(ItemIndex&&) noexcept = default;
   virtual ~ItemIndex() = default;
 
   /// Zeroes the header and deletes every item.
@@ -48,7 +50,14 @@ class ItemIndex {
   ///@{
   /// The item at position `index`, null when out of range.
   Item* GetNode(int index) { return items_.Get(index); }
+  const Item* GetNode(int index) const { return items_.Get(index); }
   Item* operator[](int index) { return items_.Get(index); }
+  const Item* operator[](int index) const { return items_.Get(index); }
+  ///@}
+  ///@{
+  /// The items in order, as a range of `Item&`.
+  auto Items() { return items_.Range(); }
+  auto Items() const { return items_.Range(); }
   ///@}
   /// Appends an item with address 0 and an empty table; null beyond 65,535 items.
   Item* AddNode() { return items_.Add(); }

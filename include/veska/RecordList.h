@@ -1,11 +1,12 @@
 /// The record list: the one list behind every table.
 #pragma once
 
+#include <veska/RecordRange.h>
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <iterator>
 #include <limits>
 #include <memory>
 #include <new>
@@ -17,15 +18,25 @@
 
 namespace VESKA {
 
+/// Whether a record or two of this kind lie within their list. A file may hold tens of thousands of
+/// lists with a single small record, and an allocation for each would cost more than all else in
+/// them.
+template <class Record>
+inline constexpr bool kLiesWithinList = std::is_trivially_copyable_v<Record> &&
+                                        sizeof(Record) <= 16;
+
 /// An ordered list of at most `Limit` records, as many as the count field in the file can hold.
 ///
 /// The list owns its records. They lie in exact-size slots of blocks of memory: a record keeps its
 /// slot, and so its address, until it is deleted or the list is cleared or assigned to. Inserting,
 /// deleting, swapping and moving change positions only. A deleted record's slot is used again.
 ///
-/// As loaded, all records lie in order in one block (the base) and cost their own size; a plain
-/// record or two that take no more room than a pointer or so lie within the list itself. The first
-/// edit that disturbs that order adds an array of pointers, which holds the order from then on.
+/// As loaded, all records lie in order in one block (the base) and cost their own size; a record or
+/// two of few bytes lie within the list itself (see `kLiesWithinList`). The first edit that
+/// disturbs that order adds an array of pointers, which holds the order from then on.
+///
+/// Moving and swapping lists takes the blocks along, and so leaves the records where they are, but
+/// for those that lie within the list. A list that was moved from is empty.
 ///
 /// Positions are 0-based. An operation that is given a position out of range, that would pass
 /// `Limit` or that finds no memory returns null or false and changes nothing. Only copying,
@@ -34,18 +45,20 @@ template <class Record, int Limit>
 class RecordList {
   static_assert(Limit > 0 && Limit <= 0xFFFF, "counts in the file have at most 16 bits");
 
-  template <class Value>
-  class Iterator;
-
  public:
   RecordList() = default;
   /// Copies the records into one block, in order. Throws `std::bad_alloc`.
   RecordList(const RecordList& other) : RecordList() { Append(other); }
   /// As by copying; the list stays as it is where that throws.
   RecordList& operator=(const RecordList& other) {
+    if (this != &other) *this = RecordList(other);
+    return *this;
+  }
+  RecordList(RecordList&& other) noexcept { Take(other); }
+  RecordList& operator=(RecordList&& other) noexcept {
     if (this != &other) {
-      RecordList copy(other);
-      Take(copy);
+      Clear();
+      Take(other);
     }
     return *this;
   }
@@ -162,10 +175,29 @@ class RecordList {
   /// bytes as `Reserve` does. For records that are plain bytes.
   Record* Load(int count, std::uint32_t spare = 0) {
     static_assert(std::is_trivially_copyable_v<Record>);
-    Clear();
-    Reserve(count, spare);
+    Renew(count, spare);
     count_ = static_cast<std::uint16_t>(count);
     return Base();
+  }
+
+  /// Makes room as `Reserve` does in a list that is read anew, whatever it holds. Where the block
+  /// that it has is hardly larger than needed, the first records stay, `count` at most, to be read
+  /// over; otherwise the list is empty then. Throws `std::bad_alloc`.
+  void Renew(int count, std::uint32_t spare = 0) {
+    if (!Suits(count, spare)) {
+      Clear();
+      return Reserve(count, spare);
+    }
+    if constexpr (!std::is_trivially_destructible_v<Record>) {
+      for (int i = count; i < count_; ++i) std::destroy_at(Base() + i);
+    }
+    if (count < count_) count_ = static_cast<std::uint16_t>(count);
+  }
+
+  /// Of a list with room left by `Renew`: makes a record behind the last one from `arguments`.
+  template <class... Arguments>
+  Record& AddReserved(Arguments&&... arguments) {
+    return *Construct(Base() + count_++, std::forward<Arguments>(arguments)...);
   }
 
   /// The records as one array while they lie in order in one block, else null.
@@ -178,20 +210,23 @@ class RecordList {
 
   ///@{
   /// The records in order.
-  auto begin() { return Iterator<Record>(Base(), Positions(), 0); }
-  auto end() { return Iterator<Record>(Base(), Positions(), count_); }
-  auto begin() const { return Iterator<const Record>(Base(), Positions(), 0); }
-  auto end() const { return Iterator<const Record>(Base(), Positions(), count_); }
+  auto begin() { return Range().begin(); }
+  auto end() { return Range().end(); }
+  auto begin() const { return Range().begin(); }
+  auto end() const { return Range().end(); }
   ///@}
 
- protected:
-  /// Takes over the records of a fresh copy, which nobody points to yet.
-  void Take(RecordList& copy) noexcept {
-    Clear();
-    std::swap(room_, copy.room_);
-    std::swap(count_, copy.count_);
-    std::swap(capacity_, copy.capacity_);
+  ///@{
+  /// The same as a range, of `Value`: the record or its public base.
+  template <class Value = Record>
+  RecordRange<Record, Value> Range() {
+    return {{Base(), Positions(), 0}, {Base(), Positions(), count_}};
   }
+  template <class Value = Record>
+  RecordRange<Record, const Value> Range() const {
+    return {{Base(), Positions(), 0}, {Base(), Positions(), count_}};
+  }
+  ///@}
 
  private:
   /// Pointers to the records, in order. There is room for more at both ends, so that an edit moves
@@ -272,6 +307,21 @@ class RecordList {
       return next++;
     }
 
+    /// Corrects the pointers to the first `count` slots, which were moved.
+    void Rebase(Record* from, Record* to, int count) noexcept {
+      const auto correct = [&](Record*& slot) {
+        for (int i = 0; i <= count; ++i) {
+          if (slot == from + i) return void(slot = to + i);
+        }
+      };
+      std::for_each(order.begin(), order.end(), correct);
+      std::for_each(free.begin(), free.end(), correct);
+      if (end == from + count) {
+        correct(next);
+        correct(end);
+      }
+    }
+
     static Record* Pop(std::vector<Record*>& slots) {
       Record* slot = slots.back();
       slots.pop_back();
@@ -285,27 +335,50 @@ class RecordList {
     Record* end = nullptr;
   };
 
-  /// A file may hold tens of thousands of lists with a single small record, and an allocation for
-  /// each would cost more than all else in them.
-  static constexpr bool kIsSmall = std::is_trivially_copyable_v<Record> && sizeof(Record) <= 16;
-  static constexpr std::size_t kRoom = std::max(sizeof(Record*), kIsSmall ? sizeof(Record) : 0);
-  static constexpr int kInline = kIsSmall ? static_cast<int>(kRoom / sizeof(Record)) : 0;
+  static constexpr bool kIsInline = kLiesWithinList<Record>;
+  static constexpr std::size_t kRoom = std::max(sizeof(Record*), kIsInline ? sizeof(Record) : 0);
+  static constexpr int kInline = kIsInline ? static_cast<int>(kRoom / sizeof(Record)) : 0;
+  static constexpr std::uint16_t kInlineCapacity = kInline;
 
   union Room {
-    Record* block;  // when there is one
     unsigned char here[kRoom];
+    Record* block;  // when there is one
   };
 
   bool HasBlock() const { return capacity_ > kInline; }
-  Record* Base() { return HasBlock() ? room_.block : reinterpret_cast<Record*>(room_.here); }
+  Record* Base() {
+    if (HasBlock()) return room_.block;
+    return kInline == 0 ? nullptr : std::launder(reinterpret_cast<Record*>(room_.here));
+  }
   Record* Base() const { return const_cast<RecordList*>(this)->Base(); }
   void FreeBlock() {
     if (HasBlock()) ::operator delete(room_.block);
+    room_ = {};
     capacity_ = kInline;
+  }
+
+  /// Takes over what an empty list is to hold.
+  void Take(RecordList& other) noexcept {
+    Record* const from = other.Base();
+    room_ = std::exchange(other.room_, {});
+    edits_ = std::exchange(other.edits_, nullptr);
+    count_ = std::exchange(other.count_, std::uint16_t{0});
+    capacity_ = std::exchange(other.capacity_, kInlineCapacity);
+    if (edits_ != nullptr && !HasBlock()) edits_->Rebase(from, Base(), kInline);
   }
   /// Where the size of the spare bytes stands, and then they.
   unsigned char* BehindBlock() const {
     return reinterpret_cast<unsigned char*>(room_.block + capacity_);
+  }
+
+  /// Whether the list's own block is one for `count` records and `spare` bytes: large enough, and
+  /// by a sixteenth too large at most, since what a load may take follows from the image.
+  bool Suits(int count, std::uint32_t spare) const {
+    if (edits_ != nullptr || count > capacity_) return false;
+    if (!HasBlock()) return spare == 0;
+    const auto has = static_cast<std::uint32_t>(Spare().size());
+    const std::uint64_t needed = BlockSize(count, spare);
+    return spare <= has && BlockSize(capacity_, has) <= needed + needed / 16;
   }
 
   static std::size_t Index(int i) { return static_cast<std::size_t>(i); }
@@ -361,7 +434,11 @@ class RecordList {
 
   template <class... Arguments>
   static Record* Construct(Record* slot, Arguments&&... arguments) {
-    return ::new (static_cast<void*>(slot)) Record(std::forward<Arguments>(arguments)...);
+    if constexpr (sizeof...(arguments) == 0 && !std::is_trivially_default_constructible_v<Record>) {
+      return ::new (static_cast<void*>(slot)) Record;  // sets its fields itself, and only once
+    } else {
+      return ::new (static_cast<void*>(slot)) Record(std::forward<Arguments>(arguments)...);
+    }
   }
 
   void Append(const RecordList& other) {
@@ -382,35 +459,7 @@ class RecordList {
   Room room_{};
   Edits* edits_ = nullptr;
   std::uint16_t count_ = 0;
-  std::uint16_t capacity_ = kInline;  // records that fit into the base
-};
-
-/// Walks the records in order.
-template <class Record, int Limit>
-template <class Value>
-class RecordList<Record, Limit>::Iterator {
- public:
-  using difference_type = std::ptrdiff_t;
-  using value_type = Record;
-  using pointer = Value*;
-  using reference = Value&;
-  using iterator_category = std::forward_iterator_tag;
-
-  Iterator() = default;
-  Iterator(Record* base, Record* const* order, int i) : base_(base), order_(order), i_(i) {}
-  reference operator*() const { return order_ == nullptr ? base_[i_] : *order_[i_]; }
-  pointer operator->() const { return &**this; }
-  Iterator& operator++() {
-    ++i_;
-    return *this;
-  }
-  Iterator operator++(int) { return {base_, order_, i_++}; }
-  bool operator==(const Iterator& other) const { return i_ == other.i_; }
-
- private:
-  Record* base_ = nullptr;
-  Record* const* order_ = nullptr;  // null when the records lie in order in the base
-  int i_ = 0;
+  std::uint16_t capacity_ = kInlineCapacity;  // records that fit into the base
 };
 
 }  // namespace VESKA

@@ -1,4 +1,4 @@
-/// The export macro of the public classes and functions.
+/// What compilers say differently: how a library exports, and that a member may share its room.
 #pragma once
 
 #if defined(_WIN32) && defined(VESKA_SHARED)
@@ -11,4 +11,10 @@
 #define VESKA_API __attribute__((visibility("default")))
 #else
 #define VESKA_API
+#endif
+
+#ifdef _MSC_VER
+#define VESKA_NO_UNIQUE_ADDRESS [[msvc::no_unique_address]]
+#else
+#define VESKA_NO_UNIQUE_ADDRESS [[no_unique_address]]
 #endif

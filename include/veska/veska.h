@@ -21,6 +21,8 @@
 #include <veska/CUserPGCTable.h>
 #include <veska/CVMGI_MAT.h>
 #include <veska/CVMGInfo.h>
+#include <veska/cell_points.h>
+#include <veska/failure.h>
 #include <veska/layouts.h>
 #include <veska/records.h>
 #include <veska/time_functions.h>

@@ -14,7 +14,6 @@ void CPlayListSRPTable::Clear() {
 bool CPlayListSRPTable::Parse(unsigned char* const data) { return ParseTable(*this, data); }
 
 void CPlayListSRPTable::Read(const ImageReader& image) {
-  Clear();
   image.Copy(0, header_);
   image.CopyAll(sizeof header_, header_.PL_SRP_Ns, records_);
 }

@@ -14,7 +14,6 @@ void CVMGI_MAT::Clear() {
 bool CVMGI_MAT::Parse(unsigned char* const data) { return ParseTable(*this, data); }
 
 void CVMGI_MAT::Read(const ImageReader& image) {
-  Clear();
   image.Copy(0, header_);
   play_lists_.Read(image.At(sizeof header_));
 }

@@ -3,13 +3,22 @@
 
 #include <veska/ItemIndex.h>
 
-#include <bit>
 #include <cstdint>
+#include <cstring>
 
 #include "frame/image.h"
 #include "frame/items.h"
 
 namespace VESKA {
+
+/// The one field of the header, which each index has by another name.
+template <class Header>
+int CountIn(const Header& header) {
+  std::uint16_t count = 0;
+  static_assert(sizeof header == sizeof count);
+  std::memcpy(&count, &header, sizeof count);
+  return count;
+}
 
 template <class Header, class Item, auto Address, auto Table>
 void ItemIndex<Header, Item, Address, Table>::Clear() {
@@ -25,7 +34,6 @@ bool ItemIndex<Header, Item, Address, Table>::Parse(unsigned char* const table,
 
 template <class Header, class Item, auto Address, auto Table>
 void ItemIndex<Header, Item, Address, Table>::Read(const ImageReader& table, unsigned long offset) {
-  Clear();
   const ImageReader image = table.At(offset);
   image.Copy(0, header_);
   ReadItems<Address, Table>(table, std::uint64_t{offset} + sizeof header_, image.Word(0), items_);
@@ -41,7 +49,7 @@ template <class Header, class Item, auto Address, auto Table>
 unsigned long ItemIndex<Header, Item, Address, Table>::GetDataSize() const {
   if (IsEmpty()) return 0;
   unsigned long size = sizeof header_;
-  int left = std::bit_cast<std::uint16_t>(header_);
+  int left = CountIn(header_);
   for (const Item& item : items_) {
     if (left-- == 0) break;
     size += kAddressSize + (item.*Table).GetDataSize();
@@ -59,7 +67,7 @@ std::uint64_t ItemIndex<Header, Item, Address, Table>::Write(const ImageWriter& 
   if (IsEmpty()) return 0;
   out.Put(0, header_);
   const std::uint64_t end = WriteItems<Address, Table>(out, sizeof header_, items_);
-  return items_.Count() == std::bit_cast<std::uint16_t>(header_) ? end : GetDataSize();
+  return items_.Count() == CountIn(header_) ? end : GetDataSize();
 }
 
 template <class Header, class Item, auto Address, auto Table>

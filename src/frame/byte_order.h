@@ -8,7 +8,6 @@
 #include <bit>
 #include <cstdint>
 #include <cstring>
-#include <numeric>
 #include <utility>
 
 namespace VESKA {
@@ -94,18 +93,49 @@ void CopyFields(unsigned char* to, const unsigned char* from) {
   (std::make_index_sequence<fields.size()>());
 }
 
-/// The same for a still VOB entry, in the form that its type names.
-inline void CopyStillEntry(unsigned char* to, const unsigned char* from) {
-  switch (from[offsetof(tag_S_VOB_ENT, S_VOB_ENT_TY)] >> 6U) {
-    case 0:
-      return CopyFields<kStillEntryForm0>(to, from);
-    case 1:
-      return CopyFields<kStillEntryForm1>(to, from);
-    case 2:
-      return CopyFields<kStillEntryForm2>(to, from);
-    default:
-      return CopyFields<kStillEntryForm3>(to, from);
+/// How the eight bytes behind the type of a still VOB entry are converted in one form: which stay,
+/// and which begin a number of two bytes. The others are not of that form.
+struct StillForm {
+  std::uint64_t stay = 0;
+  std::uint64_t begin = 0;
+};
+
+consteval std::array<StillForm, 4> StillForms() {
+  std::array<StillForm, 4> forms{};
+  for (std::size_t i = 0; i < forms.size(); ++i) {
+    std::array<unsigned char, 8> stay{}, begin{};
+    for (const Field& field : kStillEntryFields[i].subspan(1)) {
+      const bool swaps = field.width == 2 && std::endian::native != std::endian::big;
+      if (swaps) begin[field.offset - 1] = 0xFF;
+      for (unsigned j = 0; !swaps && j < field.width; ++j) stay[field.offset - 1 + j] = 0xFF;
+    }
+    forms[i] = {std::bit_cast<std::uint64_t>(stay), std::bit_cast<std::uint64_t>(begin)};
   }
+  return forms;
+}
+inline constexpr std::array<StillForm, 4> kStillForms = StillForms();
+
+/// The same for a still VOB entry, whose type names its form. Reads and writes the bytes of the
+/// longest form: those beyond the entry's own become 0. Forms come in any order, so a branch for
+/// each would be foreseen by no processor.
+inline void CopyStillEntry(unsigned char* to, const unsigned char* from) {
+  const StillForm& form = kStillForms[from[offsetof(tag_S_VOB_ENT, S_VOB_ENT_TY)] >> 6U];
+  std::uint64_t rest = 0;
+  std::memcpy(&rest, from + 1, sizeof rest);
+  rest = (rest & form.stay) | ((rest & form.begin) << 8U) | ((rest >> 8U) & form.begin);
+  *to = *from;
+  std::memcpy(to + 1, &rest, sizeof rest);
+}
+static_assert(sizeof(tag_S_VOB_ENT) == 1 + sizeof(std::uint64_t));
+
+/// The size in the file of an entry of each form.
+inline constexpr std::array<unsigned char, 4> kStillEntrySizes{
+    kStillEntryForm0.back().offset + kStillEntryForm0.back().width,
+    kStillEntryForm1.back().offset + kStillEntryForm1.back().width,
+    kStillEntryForm2.back().offset + kStillEntryForm2.back().width,
+    kStillEntryForm3.back().offset + kStillEntryForm3.back().width};
+constexpr unsigned StillEntrySize(std::uint8_t S_VOB_ENT_TY) {
+  return kStillEntrySizes[S_VOB_ENT_TY >> 6U];
 }
 
 /// The width of the widest number of a record.
@@ -118,75 +148,96 @@ consteval unsigned WidestNumber() {
   return widest;
 }
 
-/// The bytes that compilers convert at once, on machines that have vectors of that size.
-inline constexpr std::size_t kVector = 16;
+/// How whole records are converted by moving bytes within a vector: for each of its bytes, the one
+/// that takes its place, counted from the start of its half.
+struct Shuffle {
+  static constexpr std::size_t kVector = 32;
+  static constexpr std::size_t kHalf = kVector / 2;
 
-/// For short records whose numbers have at most 16 bits: which bytes stay, and which take the place
-/// of the one before or behind them, over a run of records that fills whole vectors.
-template <class Record>
-struct PairMasks {
-  static constexpr bool kApply = WidestNumber<Record>() == 2 && kFileSize<Record> < kVector;
-  static constexpr std::size_t kRun = std::lcm(kFileSize<Record>, kVector);
-
-  std::array<unsigned char, kRun> stay{};
-  std::array<unsigned char, kRun> from_next{};
-  std::array<unsigned char, kRun> from_previous{};
-
-  consteval PairMasks() {
-    stay.fill(0xFF);
-    for (std::size_t start = 0; start < kRun; start += kFileSize<Record>) {
-      for (const Field& field : kFields<Record>) {
-        if (NumbersOf(field).first != 2) continue;
-        const std::size_t at = start + field.offset;
-        stay[at] = stay[at + 1] = 0;
-        from_next[at] = from_previous[at + 1] = 0xFF;
-      }
-    }
-  }
+  alignas(kVector) std::array<unsigned char, kVector> bytes{};
+  std::size_t step = 0;       // the bytes of the records that are whole in a vector
+  std::size_t half_step = 0;  // and in its first half
 };
 
+/// That of a short record. What is behind the last whole one is converted with the next vector. The
+/// steps are 0 where a number would lie in both halves.
 template <class Record>
-inline constexpr PairMasks<Record> kPairMasks;
+consteval Shuffle ShuffleOf() {
+  constexpr std::size_t kSize = kFileSize<Record>;
+  constexpr std::size_t kHalf = Shuffle::kHalf;
+  Shuffle shuffle{{}, Shuffle::kVector / kSize * kSize, kHalf / kSize * kSize};
+  const std::size_t end = shuffle.step;
+  for (std::size_t i = 0; i < Shuffle::kVector; ++i) shuffle.bytes[i] = i % kHalf;
+  const auto reverse = [&shuffle](std::size_t first, unsigned width) {
+    for (std::size_t i = 0; i < width; ++i) {
+      const std::size_t from = first + width - 1 - i;
+      if ((first + i) / kHalf != from / kHalf) shuffle.step = shuffle.half_step = 0;
+      shuffle.bytes[first + i] = from % kHalf;
+    }
+  };
+  for (std::size_t start = 0; start < end; start += kSize) {
+    for (const Field& field : kFields<Record>) {
+      const Numbers numbers = NumbersOf(field);
+      reverse(start + field.offset, numbers.first);
+      reverse(start + field.offset + numbers.first, numbers.second);
+    }
+  }
+  return shuffle;
+}
 
-/// Converts the part of a run that starts at `start`. A loop of constant length over memory that
-/// does not overlap becomes a few instructions on vectors.
-template <class Record, std::size_t start>
-void CopyVector(unsigned char* __restrict to, const unsigned char* __restrict from) {
-  constexpr const PairMasks<Record>& kMasks = kPairMasks<Record>;
-  const unsigned char* next = from + 1;
-  const unsigned char* previous = from - 1;
-  for (std::size_t i = start; i < start + kVector; ++i) {
-    to[i] =
-        static_cast<unsigned char>((from[i] & kMasks.stay[i]) | (next[i] & kMasks.from_next[i]) |
-                                   (previous[i] & kMasks.from_previous[i]));
+/// Whether records of a kind are shuffled when there are many: short ones with numbers.
+template <class Record>
+inline constexpr bool kIsShuffled = [] {
+  if constexpr (kFileSize<Record> <= Shuffle::kHalf && WidestNumber<Record>() != 1) {
+    return std::endian::native != std::endian::big && ShuffleOf<Record>().step != 0;
+  }
+  return false;
+}();
+
+/// The ways to convert many short records at once.
+enum class CopyForm : unsigned char {
+  kPlain,      ///< one by one, on any machine
+  kShuffle16,  ///< vectors of 16 bytes: SSSE3, NEON
+  kShuffle32   ///< vectors of 32 bytes: AVX2
+};
+
+/// Whether this machine can convert in that form.
+bool MachineHas(CopyForm form);
+
+/// The form that the library converts in: the widest that the machine has. It has a source of its
+/// own, so that a test program can take its place and choose.
+CopyForm ChosenCopyForm();
+
+/// Converts the first of the short records in `size` bytes, as many as whole vectors reach. Returns
+/// their size. The two areas do not overlap.
+std::size_t CopyShuffled(CopyForm form, const Shuffle& shuffle, unsigned char* to,
+                         const unsigned char* from, std::size_t size);
+
+/// Copies so many short records that vectors pay.
+template <class Record>
+void CopyManyRecords(unsigned char* to, const unsigned char* from, std::size_t size) {
+  static constexpr Shuffle kShuffle = ShuffleOf<Record>();
+  std::size_t done = CopyShuffled(ChosenCopyForm(), kShuffle, to, from, size);
+  for (; done < size; done += kFileSize<Record>) {
+    CopyFields<kFields<Record>>(to + done, from + done);
   }
 }
 
-/// Converts a run of records. Looks at the byte before it and at the one behind.
-template <class Record>
-void CopyRun(unsigned char* to, const unsigned char* from) {
-  [=]<std::size_t... i>(std::index_sequence<i...>) {
-    (CopyVector<Record, i * kVector>(to, from), ...);
-  }
-  (std::make_index_sequence<PairMasks<Record>::kRun / kVector>());
-}
-
-/// Copies `count` records between the file and memory, converting them on the way.
+/// Copies `count` records between the file and memory, converting them on the way. The two areas do
+/// not overlap.
 template <class Record>
 void CopyRecords(unsigned char* to, const unsigned char* from, std::size_t count) {
   constexpr std::size_t kSize = kFileSize<Record>;
   const std::size_t size = count * kSize;
-  if (count == 0) return;
   if constexpr (std::endian::native == std::endian::big || WidestNumber<Record>() == 1) {
-    std::memcpy(to, from, size);
+    if (size != 0) std::memcpy(to, from, size);
   } else {
-    std::size_t done = 0;
-    if constexpr (PairMasks<Record>::kApply) {
-      constexpr std::size_t kRun = PairMasks<Record>::kRun;
-      CopyFields<kFields<Record>>(to, from);
-      for (done = kSize; size - done > kRun; done += kRun) CopyRun<Record>(to + done, from + done);
+    if constexpr (kIsShuffled<Record>) {
+      if (size >= Shuffle::kVector) return CopyManyRecords<Record>(to, from, size);
     }
-    for (; done < size; done += kSize) CopyFields<kFields<Record>>(to + done, from + done);
+    for (std::size_t done = 0; done < size; done += kSize) {
+      CopyFields<kFields<Record>>(to + done, from + done);
+    }
   }
 }
 

@@ -26,6 +26,9 @@ constexpr mode_t kOwnFile = 0600;  // until it has the permissions of the one th
 constexpr uid_t kSameOwner = static_cast<uid_t>(-1);
 constexpr int kMaxLinks = 40;
 
+/// By the reason that the system gave last.
+bool FailBySystem(Failure* why, FailureKind kind) { return Fail(why, kind, errno); }
+
 class Descriptor {
  public:
   Descriptor(const std::filesystem::path& path, int flags, mode_t mode = 0)
@@ -91,32 +94,36 @@ class WriteSignals {
   bool blocked_[2] = {};
 };
 
-bool WriteAll(int fd, const unsigned char* bytes, std::size_t size) {
+bool WriteAll(int fd, const unsigned char* bytes, std::size_t size, Failure* why) {
   const WriteSignals signals;
   while (size > 0) {
     const ssize_t written = ::write(fd, bytes, std::min(size, kLargestTransfer));
     if (written < 0 && errno == EINTR) continue;
-    if (written <= 0) return false;
+    if (written < 0) return FailBySystem(why, FailureKind::kUnwritable);
+    if (written == 0) return Fail(why, FailureKind::kUnwritable);
     bytes += written;
     size -= static_cast<std::size_t>(written);
   }
   return true;
 }
 
-bool ReadAll(int fd, unsigned char* bytes, std::size_t size) {
+bool ReadAll(int fd, unsigned char* bytes, std::size_t size, Failure* why) {
   while (size > 0) {
     const ssize_t read = ::read(fd, bytes, std::min(size, kLargestTransfer));
     if (read < 0 && errno == EINTR) continue;
-    if (read <= 0) return false;
+    if (read < 0) return FailBySystem(why, FailureKind::kUnreadable);
+    if (read == 0) return Fail(why, FailureKind::kUnreadable);
     bytes += read;
     size -= static_cast<std::size_t>(read);
   }
   return true;
 }
 
-bool IsReadable(const struct stat& status) {
-  return S_ISREG(status.st_mode) && status.st_size > 0 &&
-         static_cast<std::uint64_t>(status.st_size) < kFileSizeLimit;
+bool IsReadable(const struct stat& status, Failure* why) {
+  if (!S_ISREG(status.st_mode)) return Fail(why, FailureKind::kNotAFile);
+  if (status.st_size <= 0) return Fail(why, FailureKind::kEmpty);
+  return static_cast<std::uint64_t>(status.st_size) < kFileSizeLimit ||
+         Fail(why, FailureKind::kTooLarge);
 }
 
 /// What a path names in the end, through symbolic links, whether or not it exists.
@@ -132,24 +139,31 @@ std::filesystem::path FollowLinks(std::filesystem::path path) {
 
 /// Whether `file`, which is `old`, may be written and no other writer holds it. Locks it until it
 /// is closed.
-bool TakesForWriting(const Descriptor& file, const struct stat& old) {
+bool TakesForWriting(const Descriptor& file, const struct stat& old, Failure* why) {
   struct stat now {};
-  if (!file.IsOpen() || ::fstat(file.Get(), &now) != 0) return false;
-  if (now.st_dev != old.st_dev || now.st_ino != old.st_ino) return false;  // replaced meanwhile
-  if ((now.st_mode & kAnyWrite) == 0) return false;                        // for root as well
-  return ::flock(file.Get(), LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
+  if ((old.st_mode & kAnyWrite) == 0) return Fail(why, FailureKind::kReadOnly);  // root as well
+  if (!file.IsOpen() || ::fstat(file.Get(), &now) != 0) {
+    return FailBySystem(why, FailureKind::kUnwritable);
+  }
+  if (now.st_dev != old.st_dev || now.st_ino != old.st_ino) {  // replaced meanwhile
+    return Fail(why, FailureKind::kLocked);
+  }
+  return ::flock(file.Get(), LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK ||
+         Fail(why, FailureKind::kLocked);
 }
 
 /// A new file beside `target`, removed again unless it takes the target's place.
 class Replacement {
  public:
-  Replacement(const std::filesystem::path& target, mode_t mode)
-      : target_(target), folder_(target.has_parent_path() ? target.parent_path() : ".") {
+  Replacement(const std::filesystem::path& target, mode_t mode, Failure* why)
+      : why_(why), target_(target), folder_(target.has_parent_path() ? target.parent_path() : ".") {
     const auto now = std::chrono::steady_clock::now().time_since_epoch().count();
-    for (int i = 0; i < 100 && !IsOpen(); ++i) {
+    for (int i = 0; i < 100; ++i) {
       path_ = folder_ / (".veska-" + std::to_string(::getpid()) + "-" + std::to_string(now + i));
       file_.emplace(path_, O_WRONLY | O_CREAT | O_EXCL, mode);
-      if (!IsOpen() && errno != EEXIST) break;
+      if (IsOpen()) return;
+      FailBySystem(why_, FailureKind::kUnwritable);
+      if (errno != EEXIST) return;
     }
   }
   Replacement(const Replacement&) = delete;
@@ -168,16 +182,20 @@ class Replacement {
     mode_t mode = old.st_mode & kPermissionBits;
     if (!owned) mode &= ~mode_t{S_ISUID};
     if (!grouped) mode &= ~mode_t{S_ISGID};
-    return ::fchmod(file_->Get(), mode) == 0;
+    return ::fchmod(file_->Get(), mode) == 0 || FailBySystem(why_, FailureKind::kUnwritable);
   }
 
   bool Write(const unsigned char* bytes, std::size_t size) {
     written_ = true;
-    return WriteAll(file_->Get(), bytes, size) && ::fsync(file_->Get()) == 0 && file_->Close();
+    return WriteAll(file_->Get(), bytes, size, why_) &&
+           ((::fsync(file_->Get()) == 0 && file_->Close()) ||
+            FailBySystem(why_, FailureKind::kUnwritable));
   }
 
   bool PutInPlace() {
-    if (::rename(path_.c_str(), target_.c_str()) != 0) return false;
+    if (::rename(path_.c_str(), target_.c_str()) != 0) {
+      return FailBySystem(why_, FailureKind::kUnwritable);
+    }
     written_ = false;
     const Descriptor directory(folder_, O_RDONLY);
     if (directory.IsOpen()) ::fsync(directory.Get());  // some file systems cannot, and need not
@@ -185,6 +203,7 @@ class Replacement {
   }
 
  private:
+  Failure* why_;
   std::filesystem::path target_;
   std::filesystem::path folder_;  // made beforehand: once it is in place, nothing may fail
   std::filesystem::path path_;
@@ -192,24 +211,28 @@ class Replacement {
   bool written_ = false;
 };
 
-bool WriteDirectly(const std::filesystem::path& path, const unsigned char* bytes,
-                   std::size_t size) {
+bool WriteDirectly(const std::filesystem::path& path, const struct stat& status,
+                   const unsigned char* bytes, std::size_t size, Failure* why) {
+  if (S_ISDIR(status.st_mode)) return Fail(why, FailureKind::kNotAFile);
   Descriptor file(path, O_WRONLY);
-  if (!file.IsOpen()) return false;
+  if (!file.IsOpen()) return FailBySystem(why, FailureKind::kUnwritable);
   ::fcntl(file.Get(), F_SETFL, 0);  // opened without waiting, written with
-  return WriteAll(file.Get(), bytes, size) && file.Close();
+  return WriteAll(file.Get(), bytes, size, why) &&
+         (file.Close() || FailBySystem(why, FailureKind::kUnwritable));
 }
 
 }  // namespace
 
-bool PathFromUtf16(const unsigned short* name, std::filesystem::path* path) {
-  if (name == nullptr) return false;
+bool PathFromUtf16(const unsigned short* name, std::filesystem::path* path, Failure* why) {
+  if (name == nullptr) return Fail(why, FailureKind::kNoName);
   std::string bytes;
   const auto add = [&bytes](unsigned byte) { bytes.push_back(static_cast<char>(byte)); };
   while (*name != 0) {
     unsigned code = *name++;
     if (code >= 0xD800 && code <= 0xDFFF) {
-      if (code >= 0xDC00 || *name < 0xDC00 || *name > 0xDFFF) return false;
+      if (code >= 0xDC00 || *name < 0xDC00 || *name > 0xDFFF) {
+        return Fail(why, FailureKind::kNoName);
+      }
       code = 0x10000 + ((code - 0xD800) << 10U) + (*name++ - 0xDC00U);
     }
     if (code < 0x80) {
@@ -225,29 +248,37 @@ bool PathFromUtf16(const unsigned short* name, std::filesystem::path* path) {
   return true;
 }
 
-bool ReadWholeFile(const std::filesystem::path& path, FileBytes* file) {
+bool ReadWholeFile(const std::filesystem::path& path, FileBytes* file, Failure* why) {
+  if (path.empty()) return Fail(why, FailureKind::kNoName);
   struct stat status {};
+  if (::stat(path.c_str(), &status) != 0) {
+    const bool missing = errno == ENOENT || errno == ENOTDIR;
+    return FailBySystem(why, missing ? FailureKind::kNoFile : FailureKind::kUnreadable);
+  }
   // Not even opened otherwise: opening a device may wait, or do something.
-  if (::stat(path.c_str(), &status) != 0 || !IsReadable(status)) return false;
+  if (!IsReadable(status, why)) return false;
   const Descriptor input(path, O_RDONLY);
-  if (!input.IsOpen() || ::fstat(input.Get(), &status) != 0 || !IsReadable(status)) return false;
+  if (!input.IsOpen() || ::fstat(input.Get(), &status) != 0) {
+    return FailBySystem(why, FailureKind::kUnreadable);
+  }
+  if (!IsReadable(status, why)) return false;
   file->size = static_cast<std::size_t>(status.st_size);
   file->bytes.reset(new unsigned char[file->size]);
-  return ReadAll(input.Get(), file->bytes.get(), file->size);
+  return ReadAll(input.Get(), file->bytes.get(), file->size, why);
 }
 
-bool WriteWholeFile(const std::filesystem::path& path, const unsigned char* bytes,
-                    std::size_t size) {
-  if (path.empty()) return false;
+bool WriteWholeFile(const std::filesystem::path& path, const unsigned char* bytes, std::size_t size,
+                    Failure* why) {
+  if (path.empty()) return Fail(why, FailureKind::kNoName);
   struct stat old {};
   const bool exists = ::stat(path.c_str(), &old) == 0;
-  if (!exists && errno != ENOENT) return false;
-  if (exists && !S_ISREG(old.st_mode)) return WriteDirectly(path, bytes, size);
+  if (!exists && errno != ENOENT) return FailBySystem(why, FailureKind::kUnwritable);
+  if (exists && !S_ISREG(old.st_mode)) return WriteDirectly(path, old, bytes, size, why);
 
   const std::filesystem::path target = FollowLinks(path);
   const Descriptor held(target, O_WRONLY);  // until the new one is in place
-  if (exists && !TakesForWriting(held, old)) return false;
-  Replacement replacement(target, exists ? kOwnFile : kNewFile);
+  if (exists && !TakesForWriting(held, old, why)) return false;
+  Replacement replacement(target, exists ? kOwnFile : kNewFile, why);
   return replacement.IsOpen() && (!exists || replacement.TakeOver(old)) &&
          replacement.Write(bytes, size) && replacement.PutInPlace();
 }

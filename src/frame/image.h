@@ -2,6 +2,7 @@
 #pragma once
 
 #include <veska/RecordList.h>
+#include <veska/failure.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -14,7 +15,10 @@ namespace VESKA {
 
 /// Thrown where an image would be read past its end, or asks for more than its size justifies.
 /// It never leaves the library.
-struct ImageError {};
+struct ImageError {
+  FailureKind kind;
+  std::uint64_t offset;  // in the image
+};
 
 /// Whether `size` bytes at `offset` lie within `limit`; in this form nothing can overflow.
 constexpr bool Within(std::uint64_t offset, std::uint64_t size, std::uint64_t limit) {
@@ -43,12 +47,15 @@ class ImageReader {
   /// The view from `offset` on, of nothing when that lies past the end.
   ImageReader At(std::uint64_t offset) const {
     const std::uint64_t skipped = std::min(offset, left_);
-    return {data_ + static_cast<std::size_t>(skipped), left_ - skipped, budget_};
+    return {data_ + static_cast<std::size_t>(skipped), left_ - skipped, start_ + offset, budget_};
   }
+
+  /// Whether there are `size` bytes at `offset`.
+  bool Holds(std::uint64_t offset, std::uint64_t size) const { return Within(offset, size, left_); }
 
   /// The `size` bytes at `offset`.
   const unsigned char* Bytes(std::uint64_t offset, std::uint64_t size) const {
-    if (!Within(offset, size, left_)) throw ImageError();
+    if (!Within(offset, size, left_)) Fail(FailureKind::kEndsWithinTable, offset);
     return data_ + static_cast<std::size_t>(offset);
   }
 
@@ -85,13 +92,23 @@ class ImageReader {
   /// Accounts for `bytes` of memory that what is read takes. Called before they are allocated.
   void Spend(std::uint64_t bytes) const {
     if (budget_ == nullptr) return;
-    if (bytes > *budget_) throw ImageError();
+    if (bytes > *budget_) Fail(FailureKind::kOverBudget, 0);
     *budget_ -= bytes;
   }
 
+  /// Gives up on the image for what stands at `offset`.
+  [[noreturn]] void Fail(FailureKind kind, std::uint64_t offset) const {
+    throw ImageError{kind, start_ + offset};
+  }
+
  private:
+  ImageReader(const unsigned char* data, std::uint64_t left, std::uint64_t start,
+              std::uint64_t* budget)
+      : data_(data), left_(left), start_(start), budget_(budget) {}
+
   const unsigned char* data_;
   std::uint64_t left_ = std::numeric_limits<std::uint64_t>::max();
+  std::uint64_t start_ = 0;  // where the view begins in the image, which may be past its end
   std::uint64_t* budget_ = nullptr;
 };
 
@@ -113,6 +130,9 @@ class ImageWriter {
     return {out_ + static_cast<std::size_t>(skipped), left_ - skipped, refused_};
   }
 
+  /// Whether there is room for `size` bytes at `offset`.
+  bool Holds(std::uint64_t offset, std::uint64_t size) const { return Within(offset, size, left_); }
+
   /// Where `size` bytes at `offset` are to be written; null when they would pass the end.
   unsigned char* Room(std::uint64_t offset, std::uint64_t size) const {
     if (Within(offset, size, left_)) return out_ + static_cast<std::size_t>(offset);
@@ -120,19 +140,18 @@ class ImageWriter {
     return nullptr;
   }
 
+  ///@{
+  /// Writes a number at `offset`.
+  void PutWord(std::uint64_t offset, std::uint16_t value) const { PutNumber(offset, value); }
+  void PutLong(std::uint64_t offset, std::uint32_t value) const { PutNumber(offset, value); }
+  ///@}
+
   /// Each writes something at `offset` and returns the offset behind it.
   std::uint64_t PutBytes(std::uint64_t offset, const void* bytes, std::size_t size) const {
     unsigned char* to = Room(offset, size);
     if (to != nullptr && size != 0) std::memcpy(to, bytes, size);
     return offset + size;
   }
-  std::uint64_t PutWord(std::uint64_t offset, std::uint16_t value) const {
-    return PutNumber(offset, value);
-  }
-  std::uint64_t PutLong(std::uint64_t offset, std::uint32_t value) const {
-    return PutNumber(offset, value);
-  }
-
   /// The part of a record that stands in the file.
   template <class Record>
   std::uint64_t Put(std::uint64_t offset, const Record& record) const {
@@ -168,9 +187,8 @@ class ImageWriter {
 
  private:
   template <class Number>
-  std::uint64_t PutNumber(std::uint64_t offset, Number value) const {
+  void PutNumber(std::uint64_t offset, Number value) const {
     if (unsigned char* to = Room(offset, sizeof value)) ToFile(to, value);
-    return offset + sizeof value;
   }
 
   unsigned char* out_;

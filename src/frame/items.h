@@ -18,13 +18,14 @@ template <auto Address, auto Table, class Item, int Limit>
 void ReadItems(const ImageReader& image, std::uint64_t pointers, int count,
                RecordList<Item, Limit>& items) {
   const auto n = static_cast<std::uint64_t>(count);
-  image.Bytes(pointers, kAddressSize * n);
+  const unsigned char* pointer = image.Bytes(pointers, kAddressSize * n);
   image.Spend(items.BlockSize(count));
-  items.Reserve(count);
-  for (std::uint64_t i = 0; i < n; ++i) {
-    Item* item = items.Add();
-    item->*Address = image.Long(pointers + kAddressSize * i);
-    (item->*Table).Read(image.At(item->*Address));
+  items.Renew(count);
+  const int renewed = items.Count();
+  for (int i = 0; i < count; ++i, pointer += kAddressSize) {
+    Item& item = i < renewed ? *items.Get(i) : items.AddReserved();
+    item.*Address = FromFile<std::uint32_t>(pointer);
+    (item.*Table).Read(image.At(item.*Address));
   }
 }
 

@@ -22,10 +22,10 @@ void CMovieAVFileTable::Clear() {
 bool CMovieAVFileTable::Parse(unsigned char* const data) { return ParseTable(*this, data); }
 
 void CMovieAVFileTable::Read(const ImageReader& image) {
-  Clear();
   image.Copy(0, header_);
   image.CopyAll(sizeof header_, header_.M_VOB_STI_Ns, streams_);
-  if (HasMovieAVFile()) av_file_.Read(image, AVFileOffset(GetStreamCount()));
+  if (!HasMovieAVFile()) return av_file_.Clear();
+  av_file_.Read(image, AVFileOffset(GetStreamCount()));
 }
 
 void CMovieAVFileTable::AutoComplete() {

@@ -16,8 +16,9 @@ void CMovieVOB::Clear() {
 bool CMovieVOB::Parse(unsigned char* const data) { return ParseTable(*this, data); }
 
 void CMovieVOB::Read(const ImageReader& image) {
-  Clear();
   std::uint64_t end = image.Copy(0, header_);
+  seamless_ = {};
+  audio_gaps_ = {};
   if (header_.HasSeamlessInfo()) end = image.Copy(end, seamless_);
   if (header_.HasAudioGaps()) end = image.Copy(end, audio_gaps_);
   time_map_.Read(image.At(end));

@@ -15,19 +15,18 @@ void CTimeMapTable::Clear() {
 bool CTimeMapTable::Parse(unsigned char* const data) { return ParseTable(*this, data); }
 
 void CTimeMapTable::Read(const ImageReader& image) {
-  Clear();
   std::uint64_t end = image.Copy(0, header_);
   end = image.CopyAll(end, header_.TM_ENT_Ns, times_);
   image.CopyAll(end, header_.VOBU_ENT_Ns, vobus_);
 }
 
-unsigned long CTimeMapTable::GetPackCount() {
+unsigned long CTimeMapTable::GetPackCount() const {
   std::uint32_t packs = 0;
   for (const tag_VOBU_ENT& vobu : vobus_) packs += vobu.VOBU_SZ();
   return packs;
 }
 
-unsigned long CTimeMapTable::GetFieldCount() {
+unsigned long CTimeMapTable::GetFieldCount() const {
   std::uint32_t fields = 0;
   for (const tag_VOBU_ENT& vobu : vobus_) fields += vobu.VOBU_PB_TM();
   return fields;

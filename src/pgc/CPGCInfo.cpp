@@ -8,6 +8,7 @@
 
 #include "frame/image.h"
 #include "frame/items.h"
+#include "pgc/cells.h"
 
 namespace VESKA {
 namespace {
@@ -15,16 +16,11 @@ namespace {
 constexpr std::uint64_t kKindOffset = offsetof(tag_M_C_GI, C_TY);
 static_assert(kKindOffset == offsetof(tag_S_C_GI, C_TY));
 
-/// Calls `action` with the cell as the class that its type names.
-template <class Action>
-auto AsItsClass(CBaseCell* cell, Action&& action) {
-  if (cell->GetType() == CELL_MOVIE) return action(static_cast<CMovieCell&>(*cell));
-  return action(static_cast<CStillCell&>(*cell));
-}
-
 }  // namespace
 
-CPGCInfo::CellItem::CellItem(tag_CELL_TYPE type) {
+CPGCInfo::CellItem::CellItem(tag_CELL_TYPE type) { Place(type); }
+
+void CPGCInfo::CellItem::Place(tag_CELL_TYPE type) {
   if (type == CELL_MOVIE) {
     CI = ::new (own_) CMovieCell;
   } else {
@@ -32,11 +28,20 @@ CPGCInfo::CellItem::CellItem(tag_CELL_TYPE type) {
   }
 }
 
-// A copy does not take over the address: the copied chain is laid out anew.
+// A copy does not take over the address: the copied chain is laid out anew. Of a host's own cell it
+// takes the content.
 // NOLINTNEXTLINE(bugprone-copy-constructor-init)
 CPGCInfo::CellItem::CellItem(const CellItem& other) : tag_C_ITEM() {
-  AsItsClass(other.CI, [this](const auto& cell) {
-    CI = ::new (own_) std::remove_cvref_t<decltype(cell)>(cell);
+  WithItsClass(*other.CI, [this]<class Cell>(Cell& cell) {
+    if constexpr (!std::is_same_v<Cell, CBaseCell>) {
+      CI = ::new (own_) Cell(cell);
+    } else {
+      std::vector<unsigned char> bytes = BytesOf(cell);
+      Place(cell.GetType());
+      if (CI->Parse(bytes.data())) return;
+      std::destroy_at(CI);
+      throw std::bad_alloc();
+    }
   });
 }
 
@@ -45,10 +50,18 @@ CPGCInfo::CellItem::~CellItem() {
   std::destroy_at(Own());
 }
 
+void CPGCInfo::CellItem::Read(tag_CELL_TYPE type, const ImageReader& image) {
+  if (CI != Own() || CI->GetType() != type) {
+    const std::uint32_t address = CI_SA;
+    std::destroy_at(this);
+    std::construct_at(this, type)->CI_SA = address;
+  }
+  if (type == CELL_MOVIE) return static_cast<CMovieCell*>(Own())->CMovieCell::Read(image);
+  static_cast<CStillCell*>(Own())->CStillCell::Read(image);
+}
+
 bool CPGCInfo::CellItem::operator==(const CellItem& other) const {
-  if (CI_SA != other.CI_SA || CI->GetType() != other.CI->GetType()) return false;
-  return AsItsClass(
-      CI, [&other](const auto& cell) { return cell == static_cast<decltype(cell)>(*other.CI); });
+  return StandTheSame(static_cast<const tag_C_ITEM&>(*this), other);
 }
 
 CPGCInfo::~CPGCInfo() = default;
@@ -62,31 +75,32 @@ void CPGCInfo::Clear() {
 bool CPGCInfo::Parse(unsigned char* const data) { return ParseTable(*this, data); }
 
 void CPGCInfo::Read(const ImageReader& image) {
-  Clear();
   image.Copy(0, header_);
   image.CopyAll(sizeof header_, header_.PG_Ns, programs_);
 
   const std::uint64_t pointers = sizeof header_ + sizeof(tag_PGI) * header_.PG_Ns;
-  const std::uint64_t count = header_.CI_SRP_Ns;
-  const unsigned char* pointer = image.Bytes(pointers, kAddressSize * count);
+  const std::uint64_t size = kAddressSize * std::uint64_t{header_.CI_SRP_Ns};
+  const unsigned char* pointer = image.Bytes(pointers, size);
   image.Spend(cells_.BlockSize(header_.CI_SRP_Ns));
-  cells_.Reserve(header_.CI_SRP_Ns);
-  for (std::uint64_t i = 0; i < count; ++i, pointer += kAddressSize) {
+  cells_.Renew(header_.CI_SRP_Ns);
+  const int renewed = cells_.Count();
+  for (int i = 0; i < header_.CI_SRP_Ns; ++i, pointer += kAddressSize) {
     const auto address = FromFile<std::uint32_t>(pointer);
-    CellItem* item = cells_.Add(CellKind(image.Byte(address + kKindOffset)));
-    item->CI_SA = address;
-    item->CI->Read(image.At(address));
+    const tag_CELL_TYPE kind = CellKind(image.Byte(address + kKindOffset));
+    CellItem& item = i < renewed ? *cells_.Get(i) : cells_.AddReserved(kind);
+    item.CI_SA = address;
+    item.Read(kind, image.At(address));
   }
 }
 
-int CPGCInfo::GetPGStartCellID(int pg) {
+int CPGCInfo::GetPGStartCellID(int pg) const {
   int cells = 0;
   const int end = pg >= 0 && pg < GetPGCount() ? pg : GetPGCount();
   for (int i = 0; i < end; ++i) cells += GetPGNode(i)->C_Ns;
   return cells;
 }
 
-CPGCInfo::PG_VOB_TYPE CPGCInfo::GetProgramVOBType(int pg) {
+CPGCInfo::PG_VOB_TYPE CPGCInfo::GetProgramVOBType(int pg) const {
   const tag_PGI* program = GetPGNode(pg);
   if (program == nullptr) return PG_VOB_INVALID;
   const int first = GetPGStartCellID(pg);

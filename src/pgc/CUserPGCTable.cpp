@@ -17,7 +17,6 @@ void CUserPGCTable::Clear() {
 bool CUserPGCTable::Parse(unsigned char* const data) { return ParseTable(*this, data); }
 
 void CUserPGCTable::Read(const ImageReader& image) {
-  Clear();
   image.Copy(0, header_);
   ReadItems<&Item::UD_PGCI_SA, &Item::UD_PGCI>(image, sizeof header_, header_.UD_PGCI_Ns, items_);
 }

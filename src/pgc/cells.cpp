@@ -1,12 +1,14 @@
-#include <veska/CMovieCell.h>
-#include <veska/CStillCell.h>
+#include "pgc/cells.h"
+
+#include <algorithm>
 
 #include "frame/image.h"
 
 namespace VESKA {
 namespace {
 
-constexpr unsigned kStillKind = 0x20;  // in the bits of C_TY that hold the kind: 001
+constexpr std::uint8_t kLongEntry = 0x40;  // the lowest EP_TY of an entry point with a block
+constexpr unsigned kStillKind = 0x20;      // in the bits of C_TY that hold the kind: 001
 
 /// The bytes that an entry point takes in the file.
 template <class Entry>
@@ -16,7 +18,53 @@ constexpr unsigned long EntrySize(std::uint8_t EP_TY) {
 
 }  // namespace
 
+std::vector<unsigned char> BytesOf(CBaseCell& cell) {
+  // Every entry point is written, however many the header counts.
+  const std::size_t all = sizeof(tag_M_C_GI) + static_cast<std::size_t>(cell.GetCount()) *
+                                                   EntrySize<tag_M_C_EPI>(kLongEntry);
+  std::vector<unsigned char> bytes(std::max<std::size_t>(cell.GetDataSize(), all));
+  cell.GetData(bytes.data());
+  bytes.resize(cell.GetDataSize());
+  return bytes;
+}
+
+bool StandTheSame(CBaseCell& a, CBaseCell& b) {
+  if (a.GetType() != b.GetType()) return false;
+  return WithItsClass(a, [&]<class Cell>(Cell& cell) {
+    if constexpr (!std::is_same_v<Cell, CBaseCell>) {
+      if (const Cell* other = As<Cell>(b)) return cell == *other;
+    }
+    try {
+      return a.GetCount() == b.GetCount() && BytesOf(a) == BytesOf(b);
+    } catch (const std::bad_alloc&) {
+      return false;
+    }
+  });
+}
+
 CBaseCell::~CBaseCell() = default;
+
+// A host's cell trusts what it parses. One of the library's finds out whether all of it is there.
+void CBaseCell::Read(const ImageReader& image) {
+  const auto parse = [&](auto&& cell) {
+    cell.Read(image);
+    if (!Parse(BytesOf(cell).data())) throw std::bad_alloc();
+  };
+  if (GetType() == CELL_MOVIE) return parse(CMovieCell());
+  parse(CStillCell());
+}
+
+std::uint64_t CBaseCell::Write(const ImageWriter& out) const {
+  try {
+    // For a host, writing an object is not const.
+    const std::vector<unsigned char> bytes = BytesOf(const_cast<CBaseCell&>(*this));
+    return out.PutBytes(0, bytes.data(), bytes.size());
+  } catch (const std::bad_alloc&) {
+    out.Refuse();
+    return GetDataSize();
+  }
+}
+
 CMovieCell::~CMovieCell() = default;
 CStillCell::~CStillCell() = default;
 

@@ -14,7 +14,6 @@ void CStillAAG::Clear() {
 bool CStillAAG::Parse(unsigned char* const data) { return ParseTable(*this, data); }
 
 void CStillAAG::Read(const ImageReader& image) {
-  Clear();
   image.Copy(0, header_);
   image.CopyAll(sizeof header_, header_.AA_ENT_Ns, entries_);
 }
@@ -34,7 +33,7 @@ std::uint64_t CStillAAG::Write(const ImageWriter& out) const {
   return GetDataSize();
 }
 
-unsigned long CStillAAG::GetPackCount() {
+unsigned long CStillAAG::GetPackCount() const {
   std::uint32_t packs = 0;
   for (const tag_AA_ENT& entry : entries_) packs += entry.PCKs;
   return packs;

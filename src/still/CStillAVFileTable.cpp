@@ -17,17 +17,19 @@ void CStillAVFileTable::Clear() {
 bool CStillAVFileTable::Parse(unsigned char* const data) { return ParseTable(*this, data); }
 
 void CStillAVFileTable::Read(const ImageReader& image) {
-  Clear();
   image.Copy(0, header_);
   image.CopyAll(sizeof header_, header_.S_VOB_STI_Ns, streams_);
   unsigned long offset = SizeOf<tag_S_AVFITI>() + SizeOf<tag_S_VOB_STI>(header_.S_VOB_STI_Ns);
   if (HasStillAVFile()) {
     av_file_.Read(image, offset);
     offset += av_file_.GetDataSize();
+  } else {
+    av_file_.Clear();
   }
   image.CopyAll(offset, header_.S_A_ATR_Ns, audio_streams_);
   offset += SizeOf<tag_S_A_ATR>(header_.S_A_ATR_Ns);
-  if (HasAdditionalAFile()) audio_file_.Read(image, offset);
+  if (!HasAdditionalAFile()) return audio_file_.Clear();
+  audio_file_.Read(image, offset);
 }
 
 void CStillAVFileTable::AutoComplete() {

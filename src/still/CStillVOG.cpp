@@ -3,6 +3,22 @@
 #include "frame/image.h"
 
 namespace VESKA {
+namespace {
+
+constexpr std::size_t kLongest = sizeof(tag_S_VOB_ENT);
+
+/// As many entries take the bytes that the longest form has beyond the shortest. An entry that is
+/// followed by so many can be copied in the longest form, wherever the list ends.
+constexpr int kLast = (kLongest - 2 + 1) / 2;
+
+/// The size of `count` entries at `offset`.
+std::uint64_t EntriesSize(const ImageReader& image, std::uint64_t offset, int count) {
+  std::uint64_t size = 0;
+  for (; count != 0; --count) size += StillEntrySize(image.Byte(offset + size));
+  return size;
+}
+
+}  // namespace
 
 CStillVOG::~CStillVOG() = default;
 
@@ -14,16 +30,24 @@ void CStillVOG::Clear() {
 bool CStillVOG::Parse(unsigned char* const data) { return ParseTable(*this, data); }
 
 void CStillVOG::Read(const ImageReader& image) {
-  Clear();
   image.Copy(0, header_);
-  image.Spend(entries_.BlockSize(header_.S_VOB_Ns));
-  entries_.Reserve(header_.S_VOB_Ns);
-  std::uint64_t position = sizeof header_;
-  for (int i = 0; i < header_.S_VOB_Ns; ++i) {
-    tag_S_VOB_ENT* entry = entries_.Add();
-    entry->S_VOB_ENT_TY = image.Byte(position);
-    CopyStillEntry(reinterpret_cast<unsigned char*>(entry), image.Bytes(position, entry->Size()));
-    position += entry->Size();
+  const int count = header_.S_VOB_Ns;
+  std::uint64_t size = kLongest * static_cast<std::uint64_t>(count);
+  if (!image.Holds(sizeof header_, size)) size = EntriesSize(image, sizeof header_, count);
+  const unsigned char* from = image.Bytes(sizeof header_, size);
+  image.Spend(entries_.BlockSize(count));
+
+  auto* to = reinterpret_cast<unsigned char*>(entries_.Load(count));
+  for (int left = count; left != 0; --left, to += kLongest) {
+    const unsigned entry_size = StillEntrySize(*from);
+    if (left > kLast) {
+      CopyStillEntry(to, from);
+    } else {
+      unsigned char entry[kLongest] = {};
+      std::memcpy(entry, from, entry_size);
+      CopyStillEntry(to, entry);
+    }
+    from += entry_size;
   }
 }
 
@@ -35,7 +59,7 @@ unsigned long CStillVOG::GetDataSize() const {
   int left = header_.S_VOB_Ns;
   for (const tag_S_VOB_ENT& entry : entries_) {
     if (left-- == 0) break;
-    size += entry.Size();
+    size += StillEntrySize(entry.S_VOB_ENT_TY);
   }
   return size;
 }
@@ -46,16 +70,25 @@ std::uint64_t CStillVOG::Write(const ImageWriter& out) const {
   if (IsEmpty()) return 0;
   out.Put(0, header_);
   std::uint64_t position = sizeof header_;
-  for (const tag_S_VOB_ENT& entry : entries_) {
-    if (unsigned char* to = out.Room(position, entry.Size())) {
-      CopyStillEntry(to, reinterpret_cast<const unsigned char*>(&entry));
+  int left = entries_.Count();
+  const bool has_room = out.Holds(position, kLongest * static_cast<std::uint64_t>(left));
+  for (const tag_S_VOB_ENT& record : entries_) {
+    const auto* from = reinterpret_cast<const unsigned char*>(&record);
+    const unsigned size = StillEntrySize(record.S_VOB_ENT_TY);
+    if (has_room && left > kLast) {
+      CopyStillEntry(out.Room(position, kLongest), from);
+    } else {
+      unsigned char entry[kLongest];
+      CopyStillEntry(entry, from);
+      out.PutBytes(position, entry, size);
     }
-    position += entry.Size();
+    position += size;
+    --left;
   }
   return entries_.Count() == header_.S_VOB_Ns ? position : GetDataSize();
 }
 
-unsigned long CStillVOG::GetPackCount() {
+unsigned long CStillVOG::GetPackCount() const {
   std::uint32_t packs = 0;
   for (const tag_S_VOB_ENT& entry : entries_) {
     packs += entry.PCKs;

@@ -12,7 +12,7 @@ constexpr std::uint32_t kFixedSize = kFileSize<tag_A_MNFI>;
 /// starts at `next`. A negative one fails a bounded read and counts as 0 in another.
 std::uint32_t DataSize(const ImageReader& image, std::uint64_t address, std::uint64_t next) {
   if (next >= address + kFixedSize) return static_cast<std::uint32_t>(next - address - kFixedSize);
-  if (image.IsBounded()) throw ImageError();
+  if (image.IsBounded()) image.Fail(FailureKind::kNegativeLength, address);
   return 0;
 }
 

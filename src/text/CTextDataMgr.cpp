@@ -19,18 +19,17 @@ void CTextDataMgr::Clear() {
 bool CTextDataMgr::Parse(unsigned char* const data) { return ParseTable(*this, data); }
 
 void CTextDataMgr::Read(const ImageReader& image) {
-  Clear();
   image.Copy(0, header_);
-  const std::uint64_t count = header_.IT_TXT_SRP_Ns;
-  image.Bytes(sizeof header_, kPointerSize * count);
-  image.Spend(items_.BlockSize(header_.IT_TXT_SRP_Ns));
-  items_.Reserve(header_.IT_TXT_SRP_Ns);
-  for (std::uint64_t i = 0; i < count; ++i) {
-    tag_IT_TXT_ITEM* item = items_.Add();
-    item->IT_TXT_SA = image.Word(sizeof header_ + kPointerSize * i);
-    item->IT_TXT_SZ = image.Word(sizeof header_ + kPointerSize * i + 2);
-  }
-  for (tag_IT_TXT_ITEM& item : items_) {
+  const int count = header_.IT_TXT_SRP_Ns;
+  const std::uint64_t size = kPointerSize * static_cast<std::uint64_t>(count);
+  const unsigned char* pointer = image.Bytes(sizeof header_, size);
+  image.Spend(items_.BlockSize(count));
+  items_.Renew(count);
+  const int renewed = items_.Count();
+  for (int i = 0; i < count; ++i, pointer += kPointerSize) {
+    tag_IT_TXT_ITEM& item = i < renewed ? *items_.Get(i) : items_.AddReserved();
+    item.IT_TXT_SA = FromFile<std::uint16_t>(pointer);
+    item.IT_TXT_SZ = FromFile<std::uint16_t>(pointer + 2);
     item.IT_TXT.Read(image.At(item.IT_TXT_SA), item.IT_TXT_SZ);
   }
 }

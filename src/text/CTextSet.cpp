@@ -12,25 +12,40 @@ bool CTextSet::Parse(unsigned char* const data, unsigned long size) {
   return ParseTable(*this, data, std::uint64_t{size});
 }
 
+// Behind the records lies what was read, so that the texts take one copy, and an unchanged set goes
+// back as it came.
 void CTextSet::Read(const ImageReader& image, std::uint64_t size) {
-  Clear();
   int count = 0;
   std::uint64_t end = 0;
   for (; end < size; ++count) {
     if (count == 0xFFFF) throw std::bad_alloc();
     end += kTextHeader + image.Byte(end + 1);
   }
-  image.Bytes(0, end);
-  const std::uint64_t texts = end - kTextHeader * static_cast<std::uint64_t>(count);
-  image.Spend(records_.BlockSize(count, texts));
+  const unsigned char* from = image.Bytes(0, end);
+  image.Spend(records_.BlockSize(count, end));
 
-  unsigned char* room = records_.Reserve(count, texts);
-  for (std::uint64_t p = 0; p < end;) {
-    tag_IT_TXT* record = records_.Add();
-    p = image.Copy(p, *record);
-    records_.SetFirstBlock(*record, image.Bytes(p, record->length), record->length, room);
-    p += record->length;
+  unsigned char* next = records_.Load(count, end);
+  if (end != 0) std::memcpy(next, from, static_cast<std::size_t>(end));
+  for (tag_IT_TXT& record : records_) {
+    record = {next[0], next[1], next[1] != 0 ? next + kTextHeader : nullptr};
+    next += kTextHeader + record.length;
   }
+}
+
+std::span<const unsigned char> CTextSet::AsRead() const {
+  const std::span<const unsigned char> read = records_.Spare();
+  const unsigned char* next = read.data();
+  std::size_t left = read.size();
+  for (const tag_IT_TXT& record : records_) {
+    const std::size_t size = kTextHeader + record.length;
+    if (size > left || next[0] != record.code || next[1] != record.length ||
+        (record.length != 0 && record.text != next + kTextHeader)) {
+      return {};
+    }
+    next += size;
+    left -= size;
+  }
+  return read.first(read.size() - left);
 }
 
 void CTextSet::SetNode(int i, const tag_IT_TXT& from) {
@@ -50,6 +65,10 @@ unsigned long CTextSet::GetDataSize() const {
 void CTextSet::GetData(unsigned char* out) { Write(ImageWriter(out)); }
 
 void CTextSet::Write(const ImageWriter& out) const {
+  if (const auto read = AsRead(); !read.empty()) {
+    out.PutBytes(0, read.data(), read.size());
+    return;
+  }
   std::uint64_t position = 0;
   for (const tag_IT_TXT& record : records_) {
     out.Put(position, record);

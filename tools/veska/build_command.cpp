@@ -1,10 +1,10 @@
+#include <veska/workshop/json.h>
+
 #include <memory>
-#include <nlohmann/json.hpp>
 
 #include "command.h"
 #include "in_out.h"
-#include "json_tree.h"
-#include "tool_io.h"
+#include "io.h"
 
 namespace veska_tool {
 namespace {
@@ -12,12 +12,11 @@ namespace {
 ExitStatus RunBuild(const InOut& files) {
   CheckOutput(files.output, files.force);
   const Bytes bytes = ReadInput(files.input);
-  const std::string where = NameOfInput(files.input);
-  const Json document = ParseJson(std::string(bytes.begin(), bytes.end()), where);
-  VESKA::CVMGInfo info;
-  Build(document, where, info);
-  SaveInfo(files.output, info, files.force);
-  return ExitStatus::kDone;
+  return Guarded(NameOfInput(files.input), [&] {
+    const auto info = FromJson({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+    SaveInfo(files.output, *info, files.force);
+    return ExitStatus::kDone;
+  });
 }
 
 std::function<ExitStatus()> Declare(CLI::App& app) {

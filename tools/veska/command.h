@@ -11,7 +11,11 @@ namespace CLI {
 class App;
 }
 
+namespace VESKA::workshop {}
+
 namespace veska_tool {
+
+using namespace VESKA::workshop;
 
 inline constexpr const char* kToolSummary =
     "Read, edit, complete and write the management file of DVD Video Recording discs";
@@ -61,7 +65,18 @@ class Failure : public std::runtime_error {
   std::string where_;
 };
 
-/// Runs `action`. A failure, or a lack of memory, becomes its message and its status.
+/// A line for standard error, `veska: WHERE: WHAT`.
+struct Note {
+  std::string where;
+  std::string what;
+};
+using Notes = std::vector<Note>;
+
+/// Runs `action`. A failure, or a lack of memory, becomes a note and its status.
+ExitStatus Caught(const std::string& where, Notes& notes,
+                  const std::function<ExitStatus()>& action);
+
+/// The same, and prints the note.
 ExitStatus Guarded(const std::string& where, const std::function<ExitStatus()>& action);
 
 /// The parser of the whole command line; `run` is set to what a parsed command line asks for.

@@ -1,3 +1,5 @@
+#include <veska/workshop/error.h>
+
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdio>
@@ -5,7 +7,7 @@
 #include <new>
 
 #include "command.h"
-#include "tool_io.h"
+#include "io.h"
 
 namespace veska_tool {
 
@@ -16,6 +18,8 @@ extern const Command kDiffCommand;
 extern const Command kEditCommand;
 extern const Command kExportCommand;
 extern const Command kHelpCommand;
+extern const Command kListCommand;
+extern const Command kLocateCommand;
 extern const Command kReportCommand;
 extern const Command kSalvageCommand;
 extern const Command kShowCommand;
@@ -23,8 +27,9 @@ extern const Command kShowCommand;
 namespace {
 
 constexpr const Command* kCommands[] = {
-    &kShowCommand,  &kCheckCommand,    &kReportCommand,  &kDiffCommand, &kExportCommand,
-    &kBuildCommand, &kCompleteCommand, &kSalvageCommand, &kEditCommand, &kHelpCommand,
+    &kListCommand,    &kShowCommand,   &kCheckCommand,  &kReportCommand,
+    &kDiffCommand,    &kExportCommand, &kBuildCommand,  &kCompleteCommand,
+    &kSalvageCommand, &kEditCommand,   &kLocateCommand, &kHelpCommand,
 };
 
 std::string StatusList() {
@@ -90,16 +95,27 @@ const char* Meaning(ExitStatus status) {
 
 ExitStatus Worse(ExitStatus a, ExitStatus b) { return std::max(a, b); }
 
-ExitStatus Guarded(const std::string& where, const std::function<ExitStatus()>& action) {
+ExitStatus Caught(const std::string& where, Notes& notes,
+                  const std::function<ExitStatus()>& action) {
   try {
     return action();
   } catch (const Failure& failure) {
-    Message(failure.Where(), failure.what());
+    notes.push_back({failure.Where(), failure.what()});
     return failure.Status();
+  } catch (const Error& error) {
+    notes.push_back({where, error.what()});
+    return error.Kind() == ErrorKind::kRequest ? ExitStatus::kUsage : ExitStatus::kFound;
   } catch (const std::bad_alloc&) {
-    Message(where, "there is not enough memory");
+    notes.push_back({where, "there is not enough memory"});
     return ExitStatus::kFile;
   }
+}
+
+ExitStatus Guarded(const std::string& where, const std::function<ExitStatus()>& action) {
+  Notes notes;
+  const ExitStatus status = Caught(where, notes, action);
+  for (const Note& note : notes) Message(note.where, note.what);
+  return status;
 }
 
 void DeclareAll(CLI::App& app, std::function<ExitStatus()>& run) {

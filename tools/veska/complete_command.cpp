@@ -2,14 +2,14 @@
 
 #include "command.h"
 #include "in_out.h"
-#include "tool_io.h"
+#include "io.h"
 
 namespace veska_tool {
 namespace {
 
 ExitStatus RunComplete(const InOut& files) {
   CheckOutput(files.output, files.force);
-  const auto info = LoadInfo(files.input);
+  const auto info = LoadInfo(ReadOneInput(files.input, files, files.output));
   info->AutoComplete();
   SaveInfo(files.output, *info, files.force);
   return ExitStatus::kDone;
@@ -17,7 +17,7 @@ ExitStatus RunComplete(const InOut& files) {
 
 std::function<ExitStatus()> Declare(CLI::App& app) {
   auto files = std::make_shared<InOut>();
-  DeclareInOut(app, *files, kInputFile, kOutputFile);
+  DeclareDiscInOut(app, *files, kOutputFile);
   return [files] { return RunComplete(*files); };
 }
 

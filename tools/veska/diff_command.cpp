@@ -1,14 +1,16 @@
+#include <veska/workshop/diff.h>
+
 #include <CLI/CLI.hpp>
 #include <iostream>
 
 #include "command.h"
-#include "tool_io.h"
-#include "tree_diff.h"
+#include "input.h"
+#include "io.h"
 
 namespace veska_tool {
 namespace {
 
-struct Options {
+struct Options : InputOptions {
   std::string a;
   std::string b;
   bool all = false;
@@ -25,21 +27,24 @@ void PrintByteDifference(const Bytes& a, const Bytes& b) {
 }
 
 ExitStatus RunDiff(const Options& options) {
-  Bytes bytes_a = ReadInput(options.a);
-  const auto a = LoadInfo(options.a, bytes_a);
-  Bytes bytes_b = ReadInput(options.b);
-  const auto b = LoadInfo(options.b, bytes_b);
-  if (PrintDifferences(*a, *b, options.all, std::cout)) return ExitStatus::kFound;
-  if (bytes_a == bytes_b) return ExitStatus::kDone;
-  PrintByteDifference(bytes_a, bytes_b);
+  const Input input_a = ReadOneInput(options.a, options);
+  const auto a = LoadInfo(input_a);
+  const Input input_b = ReadOneInput(options.b, options);
+  const auto b = LoadInfo(input_b);
+  const std::vector<std::string> differences = Differences(*a, *b, options.all);
+  for (const std::string& line : differences) std::cout << line << "\n";
+  if (!differences.empty()) return ExitStatus::kFound;
+  if (input_a.bytes == input_b.bytes) return ExitStatus::kDone;
+  PrintByteDifference(input_a.bytes, input_b.bytes);
   return ExitStatus::kFound;
 }
 
 std::function<ExitStatus()> Declare(CLI::App& app) {
   auto options = std::make_shared<Options>();
-  app.add_option("A", options->a, "First management file; - is standard input")->required();
-  app.add_option("B", options->b, "Second management file; - is standard input")->required();
+  app.add_option("A", options->a, std::string("First: ") + kInputHelp)->required();
+  app.add_option("B", options->b, "Second, as the first")->required();
   app.add_flag("--all", options->all, "Compare counts, sizes and addresses even if more differs");
+  DeclareInputOptions(app, *options, false);
   return [options] { return RunDiff(*options); };
 }
 

@@ -1,18 +1,19 @@
+#include <veska/workshop/edit.h>
+
 #include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>
 
 #include "command.h"
-#include "edit_operations.h"
-#include "tool_io.h"
-#include "tree_diff.h"
+#include "input.h"
+#include "io.h"
 
 namespace veska_tool {
 namespace {
 
 namespace fs = std::filesystem;
 
-struct Options {
+struct Options : InputOptions {
   std::string input;
   std::vector<std::string> words;
   std::string output;
@@ -54,29 +55,43 @@ void Save(const Options& options, const Bytes& before, VESKA::CVMGInfo& info) {
   SaveInfo(options.input, info, true);
 }
 
-ExitStatus Run(const Options& options) {
-  const std::vector<EditStep> steps = ParseEditSteps(options.words);
-  CheckPlaces(options);
-  Bytes before = ReadInput(options.input);
-  const auto info = LoadInfo(options.input, before);
-  const auto original = std::make_unique<VESKA::CVMGInfo>(*info);
-  Edit edit{*info, {}};
-  RunEditSteps(steps, edit);
-  info->AutoComplete();
-
-  for (const std::string& note : edit.notes) Message(NameOfInput(options.input), note);
-  if (!options.dry_run) {
-    Save(options, before, *info);
-  } else {
-    ImageOf(options.input, *info);
-    PrintDifferences(*original, *info, false, std::cout);
+void CheckWords(const Options& options) {
+  try {
+    CheckRequest(options.words);
+  } catch (const Error& error) {
+    throw Failure(ExitStatus::kUsage, "", std::string(error.what()) + " (see veska edit --help)");
   }
+}
+
+ExitStatus Preview(const Options& options, const VESKA::CVMGInfo& info) {
+  try {
+    for (const std::string& line : PreviewEdit(info, options.words)) std::cout << line << "\n";
+  } catch (const Error& error) {
+    if (error.Kind() == ErrorKind::kRequest) throw;
+    throw Failure(ExitStatus::kFound, NameOfInput(options.input), error.what());
+  }
+  return ExitStatus::kDone;
+}
+
+ExitStatus Run(const Options& options) {
+  CheckWords(options);
+  CheckPlaces(options);
+  const Input input = ReadOneInput(options.input, options, options.output);
+  if (options.in_place && input.is_found) {
+    throw Failure(ExitStatus::kUsage, "", "--in-place needs a file, and -o goes with a disc");
+  }
+  const auto info = LoadInfo(input);
+  if (options.dry_run) return Preview(options, *info);
+  for (const std::string& note : Edit(*info, options.words)) {
+    Message(NameOfInput(options.input), note);
+  }
+  Save(options, input.bytes, *info);
   return ExitStatus::kDone;
 }
 
 std::function<ExitStatus()> Declare(CLI::App& app) {
   auto options = std::make_shared<Options>();
-  app.add_option("IN", options->input, "A management file; - is standard input")->required();
+  app.add_option("IN", options->input, kInputHelp)->required();
   app.add_option("OPERATION", options->words, "What to do, in this order; see below")->required();
   app.add_option("-o,--output", options->output, "The file to write; - is standard output")
       ->type_name("OUT");
@@ -84,6 +99,7 @@ std::function<ExitStatus()> Declare(CLI::App& app) {
                "Write the result over IN, and keep what IN was as IN.bak");
   app.add_flag("--dry-run", options->dry_run, "Write nothing; show what would change");
   app.add_flag("--force", options->force, "Overwrite OUT, or IN.bak");
+  DeclareInputOptions(app, *options, false);
   return [options] { return Run(*options); };
 }
 
@@ -93,15 +109,16 @@ std::string Description() {
       "and their texts. Cells are those of the original program chain, counted through all its\n"
       "programs. A number means the file as the operations before it leave it.\n"
       "\n"
-      "The cell numbers in the header, the play lists and the programs of all chains follow the\n"
-      "cells, and so do the programs' cell counts. A cell number whose cell is deleted becomes\n"
-      "0xFFFF (none), which is reported. Numbers that the format gives no meaning are left alone.\n"
+      "The cell numbers in the header, the play lists and these programs follow the cells, and so\n"
+      "do the programs' cell counts. A cell number whose cell is deleted becomes 0xFFFF (none),\n"
+      "which is reported. User-defined chains count cells of their own and are left alone, and so\n"
+      "are numbers that the format gives no meaning.\n"
       "\n"
       "In a TEXT, \\\\ is a backslash and \\xNN a byte in hexadecimal; all else is taken as it\n"
       "is, whatever the character set of the disc. Where a TEXT begins with -, put -- before IN.\n"
       "\n"
       "Operations:\n";
-  for (const EditOperation& operation : EditOperations()) {
+  for (const Operation& operation : Operations()) {
     text += std::string("  ") + operation.name + " " + operation.arguments + "\n        " +
             operation.help + "\n";
   }

@@ -1,15 +1,15 @@
+#include <veska/workshop/json.h>
+
 #include <CLI/CLI.hpp>
-#include <nlohmann/json.hpp>
 
 #include "command.h"
-#include "files.h"
-#include "json_tree.h"
-#include "tool_io.h"
+#include "for_each_input.h"
+#include "io.h"
 
 namespace veska_tool {
 namespace {
 
-struct Options {
+struct Options : InputOptions {
   std::vector<std::string> files;
   std::string output = "-";
   bool lines = false;
@@ -22,16 +22,16 @@ struct Options {
 ExitStatus ExportLines(const Options& options) {
   std::string all;
   const ExitStatus status =
-      ForEachFile(options.files, [&](const std::string& file, std::ostream& out) {
-        const auto info = LoadInfo(file);
-        const std::string line = LineOf(Export(*info, NameOfInput(file)));
-        if (IsStandard(options.output)) {
-          out << line;
-        } else {
-          all += line;
-        }
-        return ExitStatus::kDone;
-      });
+      ForEachInput(options.files, options, {[&](const Input& input, std::ostream& out) {
+                     const auto info = LoadInfo(input);
+                     const std::string line = ToJson(*info, JsonForm::kLine, input.name);
+                     if (IsStandard(options.output)) {
+                       out << line;
+                     } else {
+                       all += line;
+                     }
+                     return ExitStatus::kDone;
+                   }});
   if (!all.empty()) WriteOutput(options.output, all, options.force);
   return status;
 }
@@ -43,30 +43,31 @@ void CheckFiles(const Options& options) {
   if (options.schema && !options.files.empty()) refuse("--schema takes no FILE");
   if (!options.schema && options.files.empty()) refuse("FILE is required");
   if (options.files.size() > 1 && !options.lines) refuse("several FILEs need --lines");
+  if (options.all && !options.lines) refuse("--all needs --lines");
 }
 
 ExitStatus RunExport(const Options& options) {
   CheckFiles(options);
   CheckOutput(options.output, options.force);
   if (options.schema) {
-    WriteOutput(options.output, TextOf(Schema()), options.force);
+    WriteOutput(options.output, JsonSchema(), options.force);
     return ExitStatus::kDone;
   }
   if (options.lines) return ExportLines(options);
-  const auto info = LoadInfo(options.files.front());
-  WriteOutput(options.output, TextOf(Export(*info)), options.force);
+  const auto info = LoadInfo(ReadOneInput(options.files.front(), options, options.output));
+  WriteOutput(options.output, ToJson(*info), options.force);
   return ExitStatus::kDone;
 }
 
 std::function<ExitStatus()> Declare(CLI::App& app) {
   auto options = std::make_shared<Options>();
-  app.add_option("FILE", options->files,
-                 "Management file, several with --lines; - is standard input");
+  app.add_option("FILE", options->files, std::string(kInputHelp) + "; several with --lines");
   app.add_option("-o,--output", options->output, "JSON file to write; - is standard output")
       ->type_name("OUT.json");
   app.add_flag("--lines", options->lines, "Write one compact line for each file, which it names");
   app.add_flag("--schema", options->schema, "Write the JSON Schema of these documents instead");
   app.add_flag("--force", options->force, "Overwrite an existing OUT.json");
+  DeclareInputOptions(app, *options, true);
   return [options] { return RunExport(*options); };
 }
 

@@ -14,4 +14,9 @@ void DeclareInOut(CLI::App& app, InOut& files, FileArgument input, FileArgument 
   app.add_flag("--force", files.force, "Overwrite an existing " + name);
 }
 
+void DeclareDiscInOut(CLI::App& app, InOut& files, FileArgument output) {
+  DeclareInOut(app, files, kInputFile, output);
+  DeclareInputOptions(app, files, false);
+}
+
 }  // namespace veska_tool

@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "command.h"
-#include "tool_io.h"
+#include "io.h"
 
 namespace {
 

@@ -1,12 +1,13 @@
 #include "manual.h"
 
+#include <veska/workshop/edit.h>
+
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <sstream>
 #include <vector>
 
 #include "command.h"
-#include "edit_operations.h"
 
 namespace veska_tool {
 namespace {
@@ -109,7 +110,7 @@ std::string OptionWords(const CLI::App& app) {
 
 std::string OperationWords() {
   std::string words;
-  for (const EditOperation& operation : EditOperations()) {
+  for (const Operation& operation : Operations()) {
     words += (words.empty() ? "" : " ") + std::string(operation.name);
   }
   return words;

@@ -1,12 +1,12 @@
+#include <veska/workshop/report.h>
+
 #include <CLI/CLI.hpp>
 #include <memory>
 #include <string>
 
-#include "bitrate.h"
 #include "command.h"
 #include "in_out.h"
-#include "report_page.h"
-#include "tool_io.h"
+#include "io.h"
 
 namespace veska_tool {
 namespace {
@@ -15,26 +15,23 @@ struct Options : InOut {
   std::string field_rate;
 };
 
-/// 0 when it is to be told from the file.
-double FieldRate(const std::string& option) {
-  if (option.empty()) return 0;
-  return option == "50" ? kFields50 : kFields60;
-}
-
 ExitStatus Run(const Options& options) {
   CheckOutput(options.output, options.force);
-  Bytes bytes = ReadInput(options.input);
-  const auto info = LoadInfo(options.input, bytes);
+  const Input input = ReadOneInput(options.input, options, options.output);
   const std::string name =
-      IsStandard(options.input) ? "standard input" : NameOf(PathOf(options.input).filename());
-  WriteOutput(options.output, ReportPage(name, bytes, *info, FieldRate(options.field_rate)),
-              options.force);
-  return ExitStatus::kDone;
+      IsStandard(options.input) ? input.name : NameOf(PathOf(input.name).filename());
+  const FieldRate rate = options.field_rate.empty()   ? FieldRate::kGuessed
+                         : options.field_rate == "50" ? FieldRate::k50
+                                                      : FieldRate::k59_94;
+  return Guarded(input.name, [&] {
+    WriteOutput(options.output, Report(name, input.bytes, {rate}), options.force);
+    return ExitStatus::kDone;
+  });
 }
 
 std::function<ExitStatus()> Declare(CLI::App& app) {
   auto options = std::make_shared<Options>();
-  DeclareInOut(app, *options, {"FILE", kInputFile.help}, {"OUT.html", "The page to write"});
+  DeclareDiscInOut(app, *options, {"OUT.html", "The page to write"});
   app.add_option(
          "--field-rate", options->field_rate,
          "Video fields a second, 50 or 59.94; told from the clock values of the VOBs unless given")

@@ -1,21 +1,23 @@
+#include <veska/workshop/salvage.h>
+
 #include <iostream>
 #include <memory>
 
 #include "command.h"
 #include "in_out.h"
-#include "salvage.h"
-#include "tool_io.h"
+#include "io.h"
 
 namespace veska_tool {
 namespace {
 
 ExitStatus RunSalvage(const InOut& files) {
   CheckOutput(files.output, files.force);
-  const SalvageResult result = SalvageImage(ReadInput(files.input));
+  const Input input = ReadOneInput(files.input, files, files.output);
+  const Salvaged result = Salvage(input.bytes);
   std::ostream& out = IsStandard(files.output) ? std::cerr : std::cout;
-  out << result.report;
+  out << ToText(result);
   if (result.info == nullptr) {
-    throw Failure(ExitStatus::kFound, NameOfInput(files.input),
+    throw Failure(ExitStatus::kFound, input.name,
                   "nothing can be read of it, so nothing is written");
   }
   SaveInfo(files.output, *result.info, files.force);
@@ -24,7 +26,7 @@ ExitStatus RunSalvage(const InOut& files) {
 
 std::function<ExitStatus()> Declare(CLI::App& app) {
   auto files = std::make_shared<InOut>();
-  DeclareInOut(app, *files, kInputFile, kOutputFile);
+  DeclareDiscInOut(app, *files, kOutputFile);
   return [files] { return RunSalvage(*files); };
 }
 

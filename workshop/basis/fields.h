@@ -1,0 +1,118 @@
+// The fields of records by name and value, over the layouts of the library.
+#pragma once
+
+#include <veska/layouts.h>
+
+#include <cstdint>
+#include <cstring>
+#include <span>
+
+namespace VESKA::workshop {
+
+/// The fields of a record with the record's bytes in memory (numbers in host order), which are not
+/// owned. What reads only may be given the bytes of a constant record.
+struct Record {
+  std::span<const VESKA::Field> fields;
+  unsigned char* bytes;
+};
+
+namespace fields_internal {
+
+template <class Type>
+unsigned char* BytesOf(const Type& record) {
+  return const_cast<unsigned char*>(reinterpret_cast<const unsigned char*>(&record));
+}
+
+}  // namespace fields_internal
+
+template <class Type>
+Record RecordOf(const Type& record) {
+  return {VESKA::kFields<Type>, fields_internal::BytesOf(record)};
+}
+/// A still VOB entry has the fields of its form.
+inline Record RecordOf(const VESKA::tag_S_VOB_ENT& entry) {
+  return {VESKA::kStillEntryFields[entry.Form()], fields_internal::BytesOf(entry)};
+}
+
+/// True for kNumber and kDerived.
+inline bool IsNumber(const VESKA::Field& field) {
+  return field.kind == VESKA::FieldKind::kNumber || field.kind == VESKA::FieldKind::kDerived;
+}
+
+/// The bytes of a field as they stand in memory.
+inline std::span<unsigned char> FieldBytes(const Record& record, const VESKA::Field& field) {
+  return {record.bytes + field.offset, field.width};
+}
+
+namespace fields_internal {
+
+template <class Number>
+std::uint64_t Get(const unsigned char* from) {
+  Number number{};
+  std::memcpy(&number, from, sizeof number);
+  return number;
+}
+
+template <class Number>
+void Set(unsigned char* to, std::uint64_t value) {
+  const auto number = static_cast<Number>(value);
+  std::memcpy(to, &number, sizeof number);
+}
+
+}  // namespace fields_internal
+
+/// The number of 1, 2, 4 or 8 bytes that stands at `from` in host order.
+inline std::uint64_t GetNumber(const unsigned char* from, unsigned width) {
+  using namespace fields_internal;
+  switch (width) {
+    case 1:
+      return *from;
+    case 2:
+      return Get<std::uint16_t>(from);
+    case 4:
+      return Get<std::uint32_t>(from);
+    default:
+      return Get<std::uint64_t>(from);
+  }
+}
+
+/// Stores the low `width` bytes of `value` at `to`, in host order.
+inline void SetNumber(unsigned char* to, unsigned width, std::uint64_t value) {
+  using namespace fields_internal;
+  switch (width) {
+    case 1:
+      return Set<std::uint8_t>(to, value);
+    case 2:
+      return Set<std::uint16_t>(to, value);
+    case 4:
+      return Set<std::uint32_t>(to, value);
+    default:
+      return Set<std::uint64_t>(to, value);
+  }
+}
+
+/// The big-endian number of `width` bytes that stands at `from`.
+inline std::uint64_t GetBigEndian(const unsigned char* from, unsigned width) {
+  std::uint64_t value = 0;
+  for (unsigned i = 0; i < width; ++i) value = value << 8U | from[i];
+  return value;
+}
+
+/// Stores the low `width` bytes of `value` at `to`, the highest first.
+inline void SetBigEndian(unsigned char* to, unsigned width, std::uint64_t value) {
+  for (unsigned i = width; i-- > 0; value >>= 8U) to[i] = static_cast<unsigned char>(value);
+}
+
+inline std::uint64_t GetNumber(const Record& record, const VESKA::Field& field) {
+  return GetNumber(record.bytes + field.offset, field.width);
+}
+inline void SetNumber(const Record& record, const VESKA::Field& field, std::uint64_t value) {
+  SetNumber(record.bytes + field.offset, field.width, value);
+}
+
+/// The largest number that fits `width` bytes.
+constexpr std::uint64_t LargestNumber(unsigned width) {
+  return width >= 8 ? ~std::uint64_t{0} : (std::uint64_t{1} << 8 * width) - 1;
+}
+
+}  // namespace VESKA::workshop

@@ -1,0 +1,25 @@
+/// Texts of a disc for people, in the character set that they were recorded in.
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <span>
+#include <string>
+
+#include "veska/workshop/export.h"
+
+namespace VESKA::workshop {
+
+/// Makes UTF-8 of the bytes of a text without the zeros behind it; none when they are no text in
+/// that character set.
+using DecodeText = std::function<std::optional<std::string>(std::span<const unsigned char> bytes)>;
+
+/// The bytes as they are where they are UTF-8, which ASCII is as well; else none.
+VESKA_WORKSHOP_API std::optional<std::string> DecodeUtf8(std::span<const unsigned char> bytes);
+
+/// A text as people are shown it, on one line: decoded, with control characters as \xNN; or, where
+/// that fails, its bytes as `Readable` gives them. The zeros at the end are left out.
+VESKA_WORKSHOP_API std::string ShownText(std::span<const unsigned char> bytes,
+                                         const DecodeText& decode = DecodeUtf8);
+
+}  // namespace VESKA::workshop

@@ -1,0 +1,93 @@
+// The bytes of a file that nobody vouches for: whatever is read, nothing outside them is touched.
+#pragma once
+
+#include <veska/layouts.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <span>
+#include <string_view>
+
+#include "basis/fields.h"
+
+namespace VESKA::workshop {
+
+/// What a management file begins with.
+inline constexpr std::string_view kFileIdentifier = "DVD_RTR_VMG0";
+
+/// A view of the bytes of a file. What lies behind its end reads as zero.
+class ImageBytes {
+ public:
+  explicit ImageBytes(std::span<const unsigned char> bytes) : bytes_(bytes) {}
+
+  std::uint64_t Size() const { return bytes_.size(); }
+  bool Holds(std::uint64_t offset, std::uint64_t size) const {
+    return offset <= Size() && size <= Size() - offset;
+  }
+
+  /// The part of the `size` bytes at `offset` that lies in the file.
+  std::span<const unsigned char> At(std::uint64_t offset, std::uint64_t size) const {
+    if (offset >= Size()) return {};
+    const std::uint64_t left = Size() - offset;
+    return bytes_.subspan(static_cast<std::size_t>(offset),
+                          static_cast<std::size_t>(size < left ? size : left));
+  }
+
+  /// The big-endian number of `width` bytes at `offset`.
+  std::uint64_t Number(std::uint64_t offset, unsigned width) const {
+    unsigned char number[sizeof(std::uint64_t)] = {};
+    std::ranges::copy(At(offset, width), number);
+    return GetBigEndian(number, width);
+  }
+
+  std::uint8_t Byte(std::uint64_t offset) const {
+    return offset < Size() ? bytes_[static_cast<std::size_t>(offset)] : std::uint8_t{0};
+  }
+
+  bool IsZero(std::uint64_t offset, std::uint64_t size) const {
+    return std::ranges::all_of(At(offset, size), [](unsigned char byte) { return byte == 0; });
+  }
+
+  /// The record that stands at `offset`, with its numbers in host order. The position of a cell
+  /// point keeps its file bytes.
+  template <class Type>
+  Type Read(std::uint64_t offset) const {
+    Type record{};
+    auto* to = reinterpret_cast<unsigned char*>(&record);
+    for (const VESKA::Field& field : VESKA::kFields<Type>) Read(field, offset, to);
+    return record;
+  }
+
+ private:
+  void Read(const VESKA::Field& field, std::uint64_t offset, unsigned char* record) const {
+    using enum VESKA::FieldKind;
+    const std::uint64_t from = offset + field.offset;
+    unsigned char* to = record + field.offset;
+    const auto number = [&](unsigned at, unsigned width) {
+      SetNumber(to + at, width, Number(from + at, width));
+    };
+    switch (field.kind) {
+      case kNumber:
+      case kDerived:
+        return number(0, field.width);
+      case kClock:
+        number(offsetof(VESKA::tag_SCR, base), sizeof(VESKA::tag_SCR::base));
+        return number(offsetof(VESKA::tag_SCR, ext), sizeof(VESKA::tag_SCR::ext));
+      case kCellPoint: {
+        constexpr unsigned kCell = sizeof(VESKA::tag_CELL_POINT::cell);
+        number(0, kCell);
+        const auto position = At(from + kCell, field.width - kCell);
+        if (!position.empty()) std::memcpy(to + kCell, position.data(), position.size());
+        return;
+      }
+      default:
+        const auto bytes = At(from, field.width);
+        if (!bytes.empty()) std::memcpy(to, bytes.data(), bytes.size());
+    }
+  }
+
+  std::span<const unsigned char> bytes_;
+};
+
+}  // namespace VESKA::workshop
