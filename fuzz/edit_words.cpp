@@ -15,14 +15,15 @@ using namespace VESKA::workshop;
 namespace {
 
 std::size_t BadReferences(std::span<const unsigned char> image) {
-  return Examine(image, 0).findings.Count(Code::kPointToNoCell);
+  const Findings found = Examine(image, 0).findings;
+  return found.Count(Code::kPointToNoCell) + found.Count(Code::kUserPointToNoCell);
 }
 
 /// The lines before an empty one, and what stands behind that.
 std::vector<std::string> TakeWords(std::span<const unsigned char>& input) {
   std::vector<std::string> words;
   while (!input.empty()) {
-    const auto end = std::ranges::find(input, '\n');
+    const auto end = std::find(input.begin(), input.end(), '\n');
     words.emplace_back(input.begin(), end);
     input = input.subspan(
         std::min<std::size_t>(static_cast<std::size_t>(end - input.begin()) + 1, input.size()));

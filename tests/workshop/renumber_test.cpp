@@ -26,6 +26,10 @@ struct Program {
   bool operator==(const Program&) const = default;
 };
 
+bool HasCell(const Program& program, int id) {
+  return std::find(program.cells.begin(), program.cells.end(), id) != program.cells.end();
+}
+
 struct Model {
   std::vector<Program> programs;  // the last one has the cells that are in none
   std::vector<int> points;        // of the header and the play lists
@@ -33,12 +37,12 @@ struct Model {
   bool operator==(const Model&) const = default;
 
   std::vector<int>& RunOf(int id) {
-    const auto has = [id](const Program& program) { return std::ranges::count(program.cells, id); };
-    return std::ranges::find_if(programs, has)->cells;
+    const auto has = [id](const Program& program) { return HasCell(program, id); };
+    return std::find_if(programs.begin(), programs.end(), has)->cells;
   }
   void Drop(int id) {
     std::erase(RunOf(id), id);
-    std::ranges::replace(points, id, 0);
+    std::replace(points.begin(), points.end(), id, 0);
     for (Program& program : programs) program.point = program.point == id ? 0 : program.point;
   }
 };
@@ -159,7 +163,7 @@ class RandomFile {
     if (cell != to) {
       std::erase(model_.RunOf(id), id);
       std::vector<int>& run = model_.RunOf(there);
-      run.insert(std::ranges::find(run, there) + (to > cell ? 1 : 0), id);
+      run.insert(std::find(run.begin(), run.end(), there) + (to > cell ? 1 : 0), id);
     }
     editor.MoveCell(cell, to);
   }
@@ -169,7 +173,7 @@ class RandomFile {
     const int at = 1 + Below(static_cast<int>(program->cells.size()) - 1);
     Program second{{program->cells.begin() + at, program->cells.end()}, program->point};
     program->cells.erase(program->cells.begin() + at, program->cells.end());
-    const bool goes_along = std::ranges::count(second.cells, program->point) != 0;
+    const bool goes_along = HasCell(second, program->point);
     (goes_along ? program->point : second.point) = 0;
     model_.programs.insert(program + 1, second);
     ASSERT_TRUE(editor.SplitProgram(i, editor.FirstCell(i) + at));

@@ -29,7 +29,7 @@ constexpr const char* kUtf8 = "UTF-8";
 /// The code page that a name stands for: a name of the internet's, or "cp932", "windows-1252",
 /// "932".
 std::optional<UINT> CodePage(std::string name) {
-  std::ranges::transform(name, name.begin(), [](char c) {
+  std::transform(name.begin(), name.end(), name.begin(), [](char c) {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c == '-' ? '_' : c;
   });
   static constexpr struct {

@@ -118,7 +118,8 @@ std::vector<Input> FromSearch(DiscImage& image, const std::string& name, bool wa
     for (const Located& one : found) inputs.push_back(InputAt(image, name, one));
     return inputs;
   }
-  const auto sound = std::ranges::find(found, true, &Located::is_sound);
+  const auto sound =
+      std::find_if(found.begin(), found.end(), [](const Located& one) { return one.is_sound; });
   inputs.push_back(InputAt(image, name, sound != found.end() ? *sound : found.front()));
   if (found.size() > 1) {
     inputs.front().notes.push_back(

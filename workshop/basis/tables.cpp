@@ -8,7 +8,7 @@ namespace {
 
 bool IsNumber(std::string_view step) {
   return !step.empty() &&
-         std::ranges::all_of(step, [](unsigned char c) { return std::isdigit(c); });
+         std::all_of(step.begin(), step.end(), [](unsigned char c) { return std::isdigit(c); });
 }
 
 /// The number behind `digits`, which may be longer than any type of number holds.

@@ -17,7 +17,7 @@ bool Loads(CVMGInfo& info, Image& image, unsigned char flags) {
 /// The image with every other table that is always loaded made empty.
 Image OnlyTable(std::span<const unsigned char> bytes, Table table) {
   Image image(bytes.begin(), bytes.end());
-  std::ranges::copy(kFileIdentifier, image.begin());
+  std::copy(kFileIdentifier.begin(), kFileIdentifier.end(), image.begin());
   constexpr std::size_t kPlayLists = kFileSize<tag_VMGI_MAT_HEADER>;
   if (table != Table::kPlayLists) {
     image.resize(std::max(image.size(), kPlayLists + kFileSize<tag_PL_SRPTI>));

@@ -48,7 +48,8 @@ void CheckPlacing(Examined& file) {
   for (const Structure& structure : file.map.structures) {
     if (structure.size != 0 && ImageMap::IsLeaf(structure.part)) leaves.push_back(&structure);
   }
-  std::ranges::stable_sort(leaves, {}, &Structure::offset);
+  std::stable_sort(leaves.begin(), leaves.end(),
+                   [](const Structure* a, const Structure* b) { return a->offset < b->offset; });
   Overlaps reported;
   const Structure* last = nullptr;
   for (const Structure* leaf : leaves) {

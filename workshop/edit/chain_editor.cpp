@@ -98,8 +98,8 @@ void ChainEditor::MoveCell(int cell, int to) {
 /// The program that a cell belongs to, -1 for none.
 int ChainEditor::ProgramOf(int cell) const {
   const std::vector<ProgramCells> programs = CellsOfPrograms(chain_);
-  const auto program =
-      std::ranges::find_if(programs, [cell](const ProgramCells& run) { return cell < run.End(); });
+  const auto program = std::find_if(programs.begin(), programs.end(),
+                                    [cell](const ProgramCells& run) { return cell < run.End(); });
   return program == programs.end() ? -1 : static_cast<int>(program - programs.begin());
 }
 

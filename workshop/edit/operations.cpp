@@ -204,13 +204,15 @@ struct Step {
 [[noreturn]] void FailToParse(const std::string& what) { throw Error(ErrorKind::kRequest, what); }
 
 std::size_t CountOf(std::string_view arguments) {
-  return 1 + static_cast<std::size_t>(std::ranges::count(arguments, ' '));
+  return 1 + static_cast<std::size_t>(std::count(arguments.begin(), arguments.end(), ' '));
 }
 
 std::vector<Step> StepsOf(std::span<const std::string> words) {
   std::vector<Step> steps;
   while (!words.empty()) {
-    const auto* operation = std::ranges::find(kOperations, words[0], &Operation::name);
+    const auto* operation =
+        std::find_if(std::begin(kOperations), std::end(kOperations),
+                     [&](const Operation& one) { return one.name == words[0]; });
     if (operation == std::end(kOperations)) FailToParse("there is no operation '" + words[0] + "'");
     words = words.subspan(1);
     const std::size_t count = CountOf(operation->arguments);
@@ -225,7 +227,7 @@ std::vector<Step> StepsOf(std::span<const std::string> words) {
 
 constexpr auto kPublicOperations = [] {
   std::array<Operation, std::size(kOperations)> operations{};
-  std::ranges::copy(kOperations, operations.begin());
+  std::copy(std::begin(kOperations), std::end(kOperations), operations.begin());
   return operations;
 }();
 

@@ -37,7 +37,8 @@ class ImageBytes {
   /// The big-endian number of `width` bytes at `offset`.
   std::uint64_t Number(std::uint64_t offset, unsigned width) const {
     unsigned char number[sizeof(std::uint64_t)] = {};
-    std::ranges::copy(At(offset, width), number);
+    const auto bytes = At(offset, width);
+    std::copy(bytes.begin(), bytes.end(), number);
     return GetBigEndian(number, width);
   }
 
@@ -46,7 +47,8 @@ class ImageBytes {
   }
 
   bool IsZero(std::uint64_t offset, std::uint64_t size) const {
-    return std::ranges::all_of(At(offset, size), [](unsigned char byte) { return byte == 0; });
+    const auto bytes = At(offset, size);
+    return std::all_of(bytes.begin(), bytes.end(), [](unsigned char byte) { return byte == 0; });
   }
 
   /// The record that stands at `offset`, with its numbers in host order. The position of a cell

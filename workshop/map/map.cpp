@@ -81,7 +81,8 @@ std::vector<const Structure*> ImageMap::ChildrenOf(const Structure& structure) c
 }
 
 const Structure* Find(std::span<const Structure* const> structures, Part part) {
-  const auto found = std::ranges::find(structures, part, &Structure::part);
+  const auto found = std::find_if(structures.begin(), structures.end(),
+                                  [part](const Structure* one) { return one->part == part; });
   return found != structures.end() ? *found : nullptr;
 }
 

@@ -130,7 +130,7 @@ void FileHeader(Walk& walk) {
   walk.build.CurrentTable() = Table::kHeader;
   walk.build.Add(Part::kFileHeader, 0, kHeaderSize);
   const auto id = walk.build.Image().At(0, kFileIdentifier.size());
-  if (std::ranges::equal(id, kFileIdentifier)) return;
+  if (std::equal(id.begin(), id.end(), kFileIdentifier.begin(), kFileIdentifier.end())) return;
   walk.build.Report(Code::kIdentifier, 0, walk.build.Here(), '"' + Readable(id) + '"',
                     std::string(kFileIdentifier));
 }

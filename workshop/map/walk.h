@@ -19,11 +19,11 @@ struct Room {
 struct Walk {
   /// True when a table starts at `offset`, or the file ends there.
   bool IsTableStart(std::uint64_t offset) const {
-    return std::ranges::binary_search(table_starts, offset);
+    return std::binary_search(table_starts.begin(), table_starts.end(), offset);
   }
   /// Where the next table behind `offset` starts.
   std::uint64_t NextTable(std::uint64_t offset) const {
-    const auto next = std::ranges::upper_bound(table_starts, offset);
+    const auto next = std::upper_bound(table_starts.begin(), table_starts.end(), offset);
     return next != table_starts.end() ? *next : claimed_end;
   }
   /// The room of a table that starts at `at`.

@@ -82,7 +82,8 @@ void DrawMarks(Svg& svg, const ScaledChain& scaled, const std::vector<ChainMark>
 
 bool HasCellLengths(const CPGCInfo& chain) {
   const auto cells = chain.Cells();
-  return std::ranges::all_of(cells, [](const tag_C_ITEM& cell) { return SecondsOf(cell) > 0; });
+  return std::all_of(cells.begin(), cells.end(),
+                     [](const tag_C_ITEM& cell) { return SecondsOf(cell) > 0; });
 }
 
 ScaledChain::ScaledChain(const CPGCInfo& of, bool in_time)

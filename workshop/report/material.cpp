@@ -102,8 +102,10 @@ std::string VobChart(const Bitrate& bitrate, double top, int number) {
 
 std::string FileMapSection(const Facts& facts) {
   std::vector<Structure> tables;
-  std::ranges::copy_if(facts.map.structures, std::back_inserter(tables), IsWholeTable);
-  std::ranges::stable_sort(tables, {}, &Structure::offset);
+  const auto& all = facts.map.structures;
+  std::copy_if(all.begin(), all.end(), std::back_inserter(tables), IsWholeTable);
+  std::stable_sort(tables.begin(), tables.end(),
+                   [](const Structure& a, const Structure& b) { return a.offset < b.offset; });
   const auto size = static_cast<double>(std::max<std::size_t>(facts.bytes.size(), 1));
   std::string rows;
   for (const Structure& table : tables) {

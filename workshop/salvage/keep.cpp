@@ -188,7 +188,7 @@ void KeepHeader(const Keeper& keep, Kept& kept) {
   kept.header = keep.Copy(0, kFileSize<tag_VMGI_MAT_HEADER>);
   keep.losses.At(Table::kHeader);
   if (keep.file.findings.Count(Code::kIdentifier) == 0) return;
-  std::ranges::copy(kFileIdentifier, kept.header.begin());
+  std::copy(kFileIdentifier.begin(), kFileIdentifier.end(), kept.header.begin());
   keep.losses.Add("/header/VMG_ID", "damaged, and was set");
 }
 

@@ -13,7 +13,8 @@ constexpr std::size_t kFindingsOfACode = 100;
 bool IsTakenOtherwise(const Finding& finding) {
   constexpr Code kCodes[] = {Code::kTableElsewhere, Code::kElsewhere,        Code::kCountAndRoom,
                              Code::kPresenceValue,  Code::kPresentUncounted, Code::kWrongCellKind};
-  return !finding.right.empty() && std::ranges::find(kCodes, finding.code) != std::end(kCodes);
+  return !finding.right.empty() &&
+         std::find(std::begin(kCodes), std::end(kCodes), finding.code) != std::end(kCodes);
 }
 
 std::string TextOf(const SalvagedTable& table) {
@@ -37,7 +38,8 @@ std::string TextOf(const SalvagedTable& table) {
 }  // namespace
 
 SalvagedTable& Losses::At(Table table) {
-  const auto at = std::ranges::lower_bound(tables_, table, {}, &SalvagedTable::table);
+  const auto at = std::find_if(tables_.begin(), tables_.end(),
+                               [table](const SalvagedTable& one) { return one.table >= table; });
   if (at != tables_.end() && at->table == table) return *at;
   return *tables_.insert(at, {table, false, {}, {}});
 }
@@ -46,7 +48,8 @@ void Losses::Count(Table table, std::uint64_t kept, std::uint64_t all, const cha
   is_empty_ = is_empty_ && kept == all;
   kept_ += kept;
   auto& counts = At(table).counts;
-  auto count = std::ranges::find(counts, what, &KeptItems::what);
+  auto count = std::find_if(counts.begin(), counts.end(),
+                            [what](const KeptItems& one) { return one.what == what; });
   if (count == counts.end()) count = counts.insert(count, {what, 0, 0});
   count->kept += kept;
   count->all += all;
@@ -80,8 +83,9 @@ Salvaged Salvage(std::span<const unsigned char> bytes) {
   }
   salvaged.is_whole = is_whole && salvaged.info != nullptr;
   salvaged.tables = losses.Take();
-  std::ranges::copy_if(file.findings.Kept(), std::back_inserter(salvaged.otherwise),
-                       IsTakenOtherwise);
+  for (const Finding& finding : file.findings.Kept()) {
+    if (IsTakenOtherwise(finding)) salvaged.otherwise.push_back(finding);
+  }
   return salvaged;
 }
 

@@ -48,7 +48,8 @@ std::string Layout(const CVMGInfo& info, std::span<const unsigned char> image) {
   completed.AutoComplete();
   Bytes own(completed.GetDataSize());
   completed.GetData(own.data());
-  if (std::ranges::equal(own, image)) return "laid out as this tool writes it";
+  if (std::equal(own.begin(), own.end(), image.begin(), image.end()))
+    return "laid out as this tool writes it";
   return "laid out otherwise than this tool writes it: completed it has " +
          Plural(own.size(), "byte");
 }
