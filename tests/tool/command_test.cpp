@@ -93,4 +93,39 @@ TEST(Command, SaysWhatItDidAndWritesNothingOtherwise) {
   }
 }
 
+TEST(Command, RefusesToExportWithoutTheOneFile) {
+  const std::string file = SamplePath("empty");
+  const std::vector<std::string> cases[] = {{}, {file, file}, {"--schema", file}};
+  for (std::vector<std::string> arguments : cases) {
+    arguments.insert(arguments.begin(), "export");
+    const ToolRun run = RunTool(arguments);
+    EXPECT_EQ(run.status, ExitStatus::kUsage);
+    EXPECT_TRUE(run.out.empty());
+  }
+}
+
+TEST(Command, StatusOfAnExaminationFollowsTheWorstFinding) {
+  const TemporaryFolder folder;
+  const std::string bad =
+      NameOf(folder.Write("bad", Sample("mixed_full").With(1232, VESKA::Word(9))));
+  const std::string padded = NameOf(folder.Write("padded", Sample("empty") + VESKA::Zeros(3)));
+  const std::string good = SamplePath("empty");
+  const std::string odd = SamplePath("odd_layout");
+  const struct {
+    std::vector<std::string> arguments;
+    ExitStatus status;
+  } cases[] = {{{good}, ExitStatus::kDone},
+               {{bad, good}, ExitStatus::kFound},
+               {{odd}, ExitStatus::kDone},
+               {{"--warnings-as-errors", odd}, ExitStatus::kFound},
+               {{"--warnings-as-errors", padded}, ExitStatus::kDone},
+               {{good, "no/such/file"}, ExitStatus::kFile},
+               {{}, ExitStatus::kUsage}};
+  for (const auto& c : cases) {
+    std::vector<std::string> arguments{"check"};
+    arguments.insert(arguments.end(), c.arguments.begin(), c.arguments.end());
+    EXPECT_EQ(RunTool(arguments).status, c.status) << testing::PrintToString(arguments);
+  }
+}
+
 }  // namespace

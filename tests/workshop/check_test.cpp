@@ -1,4 +1,5 @@
-// What `veska check` finds: kinds of damage, each with the code and the offset that tell its cause.
+// What an examination finds: kinds of damage, each with the code and the offset that tell its
+// cause.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -9,14 +10,11 @@
 
 #include "basis/text.h"
 #include "check/examined.h"
-#include "io.h"
 #include "support/image_builder.h"
-#include "support/temporary_folder.h"
-#include "support/tool_run.h"
 
 namespace {
 
-using namespace veska_tool;
+using namespace VESKA::workshop;
 using enum Code;
 using VESKA::Byte;
 using VESKA::Bytes;
@@ -236,46 +234,16 @@ TEST(CheckTest, KeepsTheFirstFindingsOfEachCode) {
   EXPECT_EQ(found->stands.find("memory"), std::string::npos) << found->stands;
 }
 
-TEST(CheckTest, ExitStatusFollowsTheWorstFinding) {
-  const TemporaryFolder folder;
-  const std::string bad = NameOf(folder.Write("bad", Sample("mixed_full").With(1232, Word(9))));
-  const std::string padded = NameOf(folder.Write("padded", Sample("empty") + Zeros(3)));
-  const std::string good = SamplePath("empty");
-  const std::string odd = SamplePath("odd_layout");
-  const struct {
-    std::vector<std::string> arguments;
-    ExitStatus status;
-  } cases[] = {{{good}, ExitStatus::kDone},
-               {{bad, good}, ExitStatus::kFound},
-               {{odd}, ExitStatus::kDone},
-               {{"--warnings-as-errors", odd}, ExitStatus::kFound},
-               {{"--warnings-as-errors", padded}, ExitStatus::kDone},
-               {{good, "no/such/file"}, ExitStatus::kFile},
-               {{}, ExitStatus::kUsage}};
-  for (const auto& c : cases) {
-    std::vector<std::string> arguments{"check"};
-    arguments.insert(arguments.end(), c.arguments.begin(), c.arguments.end());
-    EXPECT_EQ(::RunTool(arguments).status, c.status) << testing::PrintToString(arguments);
-  }
-}
-
 TEST(CheckTest, PrintsALineForEachFinding) {
-  const TemporaryFolder folder;
-  const std::string loads =
-      NameOf(folder.Write("loads", Sample("mixed_full").With(1108, Long(700))));
-  EXPECT_EQ(
-      ::RunTool({"check", loads}).out,
-      loads +
-          ":0x000454: error V207: movie: the end address lies before the end of the "
-          "last structure: M_AVFIT_EA is 700; right: 709\n" +
-          loads +
-          ":0x001826: warning V402: user_chains / chain 2 / program 2: a cell point of a "
-          "user-defined chain names none of its cells: the cell number is 8; right: 1 to 1, or "
-          "65535 for none\n" +
-          loads + ": 1 error, 1 warning, 0 notes\n");
+  EXPECT_EQ(ToText(Check(Sample("mixed_full").With(1108, Long(700))), "disc"),
+            "disc:0x000454: error V207: movie: the end address lies before the end of the "
+            "last structure: M_AVFIT_EA is 700; right: 709\n"
+            "disc:0x001826: warning V402: user_chains / chain 2 / program 2: a cell point of a "
+            "user-defined chain names none of its cells: the cell number is 8; right: 1 to 1, or "
+            "65535 for none\n"
+            "disc: 1 error, 1 warning, 0 notes\n");
 
-  const std::string cut = NameOf(folder.Write("cut", Sample("mixed_full").Part(0, 1500)));
-  const std::string out = ::RunTool({"check", cut}).out;
+  const std::string out = ToText(Check(Sample("mixed_full").Part(0, 1500)), "disc");
   for (const char* line :
        {": error V104: header: the file ends before its end address: VMG_EA is 8140, and the file "
         "has 1500 bytes\n",
@@ -285,9 +253,8 @@ TEST(CheckTest, PrintsALineForEachFinding) {
 }
 
 TEST(CheckTest, PrintsJson) {
-  const TemporaryFolder folder;
-  const std::string bad = NameOf(folder.Write("bad", Sample("mixed_full").With(1232, Word(9))));
-  const auto json = nlohmann::json::parse(::RunTool({"check", "--json", bad}).out);
+  const NamedExamination bad[] = {{"disc", Check(Sample("mixed_full").With(1232, Word(9)))}};
+  const auto json = nlohmann::json::parse(ToJson(bad));
   EXPECT_EQ(json.at("version"), 2);
   const auto& file = json.at("files").at(0);
   EXPECT_EQ(file.at("loads"), false);

@@ -2,35 +2,31 @@
 #include <gtest/gtest.h>
 #include <veska/CVMGInfo.h>
 #include <veska/workshop/json.h>
+#include <veska/workshop/load.h>
 
 #include <nlohmann/json.hpp>
 
-#include "io.h"
 #include "support/image_builder.h"
-#include "support/tool_run.h"
 
 namespace {
 
+using VESKA::workshop::Bytes;
 using VESKA::workshop::Error;
 using VESKA::workshop::ErrorKind;
 using VESKA::workshop::JsonForm;
 using VESKA::workshop::ToJson;
-using veska_tool::Bytes;
-using veska_tool::ExitStatus;
 using Json = nlohmann::ordered_json;
 
 /// What a text that was printed makes again: the image of it, completed.
 Bytes Rebuilt(const std::string& text) { return VESKA::Written(*VESKA::workshop::FromJson(text)); }
 
 Json Exported(const std::string& sample) {
-  return Json::parse(
-      VESKA::workshop::ToJson(*VESKA::workshop::Load(veska_tool::ReadInput(SamplePath(sample)))));
+  return Json::parse(VESKA::workshop::ToJson(*VESKA::workshop::Load(VESKA::Sample(sample))));
 }
 
 TEST(Json, ExportAndBuildGiveTheCanonicalFile) {
   for (const std::string sample : VESKA::kSamples) {
-    const std::string file = SamplePath(sample);
-    Bytes image = veska_tool::ReadInput(file);
+    Bytes image = VESKA::Sample(sample);
     const auto info = VESKA::workshop::Load(image);
     const Bytes from_line = Rebuilt(ToJson(*info, JsonForm::kLine, "name"));
     EXPECT_EQ(from_line, Rebuilt(ToJson(*info))) << sample;
@@ -180,20 +176,9 @@ TEST(Json, RefusesTextThatIsNotJson) {
   }
 }
 
-TEST(Json, RefusesToExportWithoutTheOneFile) {
-  const std::string file = SamplePath("empty");
-  const std::vector<std::string> cases[] = {{}, {file, file}, {"--schema", file}};
-  for (std::vector<std::string> arguments : cases) {
-    arguments.insert(arguments.begin(), "export");
-    const ToolRun run = RunTool(arguments);
-    EXPECT_EQ(run.status, ExitStatus::kUsage);
-    EXPECT_TRUE(run.out.empty());
-  }
-}
-
 // An empty table keeps nothing, so two objects that are equal have the same JSON.
 TEST(Json, LeavesOutWhatTheFileLeavesOut) {
-  VESKA::CVMGInfo info = *VESKA::workshop::Load(veska_tool::ReadInput(SamplePath("empty")));
+  VESKA::CVMGInfo info = *VESKA::workshop::Load(VESKA::Sample("empty"));
   const std::string before = ToJson(info);
   info.GetTextDataMgr().SetCharSet(0x11);
   unsigned char id[32] = {'X'};

@@ -42,7 +42,8 @@ TEST(ReportText, ShowsTextsOfTheDiscSafely) {
       {"\xF4\x90\x80\x80"s, 64, "\\xf4\\x90\\x80\\x80"},
       {"\xC2\x9B"s, 64, "\\xc2\\x9b"},  // a control character
   };
-  for (const auto& test : cases) EXPECT_EQ(DiscText(BytesOf(test.bytes), test.limit), test.shown);
+  for (const auto& test : cases)
+    EXPECT_EQ(DiscText(BytesOf(test.bytes), test.limit, DecodeUtf8), test.shown);
 }
 
 TEST(ReportText, WritesNumbersForPeople) {

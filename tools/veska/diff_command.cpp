@@ -4,6 +4,7 @@
 #include <iostream>
 
 #include "command.h"
+#include "encoding.h"
 #include "input.h"
 #include "io.h"
 
@@ -13,6 +14,7 @@ namespace {
 struct Options : InputOptions {
   std::string a;
   std::string b;
+  std::string encoding;
   bool all = false;
 };
 
@@ -27,11 +29,12 @@ void PrintByteDifference(const Bytes& a, const Bytes& b) {
 }
 
 ExitStatus RunDiff(const Options& options) {
+  const DecodeText decode = Encoding(options.encoding).Decoder();
   const Input input_a = ReadOneInput(options.a, options);
   const auto a = LoadInfo(input_a);
   const Input input_b = ReadOneInput(options.b, options);
   const auto b = LoadInfo(input_b);
-  const std::vector<std::string> differences = Differences(*a, *b, options.all);
+  const std::vector<std::string> differences = Differences(*a, *b, options.all, decode);
   for (const std::string& line : differences) std::cout << line << "\n";
   if (!differences.empty()) return ExitStatus::kFound;
   if (input_a.bytes == input_b.bytes) return ExitStatus::kDone;
@@ -45,6 +48,7 @@ std::function<ExitStatus()> Declare(CLI::App& app) {
   app.add_option("B", options->b, "Second, as the first")->required();
   app.add_flag("--all", options->all, "Compare counts, sizes and addresses even if more differs");
   DeclareInputOptions(app, *options, false);
+  DeclareEncoding(app, options->encoding);
   return [options] { return RunDiff(*options); };
 }
 

@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "command.h"
+#include "encoding.h"
 #include "input.h"
 #include "io.h"
 
@@ -17,6 +18,7 @@ struct Options : InputOptions {
   std::string input;
   std::vector<std::string> words;
   std::string output;
+  std::string encoding;
   bool in_place = false;
   bool dry_run = false;
   bool force = false;
@@ -63,9 +65,12 @@ void CheckWords(const Options& options) {
   }
 }
 
-ExitStatus Preview(const Options& options, const VESKA::CVMGInfo& info) {
+ExitStatus Preview(const Options& options, const VESKA::CVMGInfo& info, const Encoding& encoding) {
   try {
-    for (const std::string& line : PreviewEdit(info, options.words)) std::cout << line << "\n";
+    for (const std::string& line :
+         PreviewEdit(info, options.words, encoding.Encoder(), encoding.Decoder())) {
+      std::cout << line << "\n";
+    }
   } catch (const Error& error) {
     if (error.Kind() == ErrorKind::kRequest) throw;
     throw Failure(ExitStatus::kFound, NameOfInput(options.input), error.what());
@@ -75,14 +80,15 @@ ExitStatus Preview(const Options& options, const VESKA::CVMGInfo& info) {
 
 ExitStatus Run(const Options& options) {
   CheckWords(options);
+  const Encoding encoding(options.encoding);
   CheckPlaces(options);
   const Input input = ReadOneInput(options.input, options, options.output);
   if (options.in_place && input.is_found) {
     throw Failure(ExitStatus::kUsage, "", "--in-place needs a file, and -o goes with a disc");
   }
   const auto info = LoadInfo(input);
-  if (options.dry_run) return Preview(options, *info);
-  for (const std::string& note : Edit(*info, options.words)) {
+  if (options.dry_run) return Preview(options, *info, encoding);
+  for (const std::string& note : Edit(*info, options.words, encoding.Encoder())) {
     Message(NameOfInput(options.input), note);
   }
   Save(options, input.bytes, *info);
@@ -100,6 +106,7 @@ std::function<ExitStatus()> Declare(CLI::App& app) {
   app.add_flag("--dry-run", options->dry_run, "Write nothing; show what would change");
   app.add_flag("--force", options->force, "Overwrite OUT, or IN.bak");
   DeclareInputOptions(app, *options, false);
+  DeclareEncoding(app, options->encoding);
   return [options] { return Run(*options); };
 }
 
@@ -114,8 +121,9 @@ std::string Description() {
       "which is reported. User-defined chains count cells of their own and are left alone, and so\n"
       "are numbers that the format gives no meaning.\n"
       "\n"
-      "In a TEXT, \\\\ is a backslash and \\xNN a byte in hexadecimal; all else is taken as it\n"
-      "is, whatever the character set of the disc. Where a TEXT begins with -, put -- before IN.\n"
+      "In a TEXT, \\\\ is a backslash and \\xNN a byte in hexadecimal; all else is written in\n"
+      "the character set that --encoding names, and else as it is. Where a TEXT begins with -, put "
+      "-- before IN.\n"
       "\n"
       "Operations:\n";
   for (const Operation& operation : Operations()) {

@@ -146,6 +146,10 @@ VESKA::workshop::DecodeText Encoding::Decoder() const {
       [encoding = *this](std::span<const unsigned char> bytes) { return encoding.Decode(bytes); };
 }
 
+VESKA::workshop::EncodeText Encoding::Encoder() const {
+  return [encoding = *this](std::string_view text) { return encoding.Encode(std::string(text)); };
+}
+
 void DeclareEncoding(CLI::App& app, std::string& name) {
   app.add_option("--encoding", name,
                  "The character set of the disc's texts, such as SHIFT_JIS; without it what is "

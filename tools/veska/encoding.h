@@ -27,8 +27,9 @@ class Encoding {
   /// The bytes of a text in UTF-8; none when the character set cannot hold it.
   std::optional<std::string> Encode(const std::string& text) const;
 
-  /// For what the workshop shows. Keeps a copy of this.
+  /// For what the workshop shows and takes. They keep a copy of this.
   VESKA::workshop::DecodeText Decoder() const;
+  VESKA::workshop::EncodeText Encoder() const;
 
  private:
   std::string name_;

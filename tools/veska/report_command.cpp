@@ -5,6 +5,7 @@
 #include <string>
 
 #include "command.h"
+#include "encoding.h"
 #include "in_out.h"
 #include "io.h"
 
@@ -13,9 +14,11 @@ namespace {
 
 struct Options : InOut {
   std::string field_rate;
+  std::string encoding;
 };
 
 ExitStatus Run(const Options& options) {
+  const DecodeText decode = Encoding(options.encoding).Decoder();
   CheckOutput(options.output, options.force);
   const Input input = ReadOneInput(options.input, options, options.output);
   const std::string name =
@@ -24,7 +27,7 @@ ExitStatus Run(const Options& options) {
                          : options.field_rate == "50" ? FieldRate::k50
                                                       : FieldRate::k59_94;
   return Guarded(input.name, [&] {
-    WriteOutput(options.output, Report(name, input.bytes, {rate}), options.force);
+    WriteOutput(options.output, Report(name, input.bytes, {rate, decode}), options.force);
     return ExitStatus::kDone;
   });
 }
@@ -37,6 +40,7 @@ std::function<ExitStatus()> Declare(CLI::App& app) {
          "Video fields a second, 50 or 59.94; told from the clock values of the VOBs unless given")
       ->type_name("RATE")
       ->check(CLI::IsMember({"50", "59.94"}).description(""));
+  DeclareEncoding(app, options->encoding);
   return [options] { return Run(*options); };
 }
 

@@ -5,6 +5,7 @@
 #include <ostream>
 
 #include "command.h"
+#include "encoding.h"
 #include "for_each_input.h"
 #include "io.h"
 
@@ -13,12 +14,14 @@ namespace {
 
 struct Options : InputOptions {
   std::vector<std::string> files;
+  std::string encoding;
 };
 
-ExitStatus ShowInput(const Input& input, bool all, std::ostream& out) {
+ExitStatus ShowInput(const Input& input, bool all, const DecodeText& decode, std::ostream& out) {
   const bool bold = WantsColour();
   out << Show(input.bytes, {.name = input.name,
                             .all = all,
+                            .decode = decode,
                             .before_heading = bold ? "\x1b[1m" : "",
                             .after_heading = bold ? "\x1b[0m" : ""});
   return ExitStatus::kDone;
@@ -30,9 +33,11 @@ std::function<ExitStatus()> Declare(CLI::App& app) {
   app.add_flag("--all", options->all,
                "Show every record and every byte, however long, of all that is found in an image");
   DeclareInputOptions(app, *options, false);
+  DeclareEncoding(app, options->encoding);
   return [options] {
+    const DecodeText decode = Encoding(options->encoding).Decoder();
     return ForEachInput(options->files, *options, {[&](const Input& input, std::ostream& out) {
-                          return ShowInput(input, options->all, out);
+                          return ShowInput(input, options->all, decode, out);
                         }});
   };
 }

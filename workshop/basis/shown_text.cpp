@@ -31,9 +31,22 @@ std::optional<std::string> DecodeUtf8(std::span<const unsigned char> bytes) {
   return std::string(bytes.begin(), bytes.end());
 }
 
+std::optional<std::string> EncodeUtf8(std::string_view text) { return std::string(text); }
+
+std::optional<std::string> PlainText(std::span<const unsigned char> bytes,
+                                     const DecodeText& decode) {
+  std::optional<std::string> text = decode(WithoutZeros(bytes));
+  return text && Visible(*text) == *text ? text : std::nullopt;
+}
+
+std::string TextOrHex(std::span<const unsigned char> bytes, const DecodeText& decode) {
+  if (IsZero(bytes)) return "(empty)";
+  const std::optional<std::string> text = PlainText(bytes, decode);
+  return text ? Quoted(*text) : Hex(bytes);
+}
+
 std::string ShownText(std::span<const unsigned char> bytes, const DecodeText& decode) {
-  while (!bytes.empty() && bytes.back() == 0) bytes = bytes.first(bytes.size() - 1);
-  const std::optional<std::string> text = decode(bytes);
+  const std::optional<std::string> text = decode(WithoutZeros(bytes));
   return text ? Visible(*text) : Readable(bytes);
 }
 

@@ -32,10 +32,23 @@ std::string Visible(const std::string& text) {
   return visible;
 }
 
-std::string Readable(std::span<const unsigned char> bytes) {
+std::span<const unsigned char> WithoutZeros(std::span<const unsigned char> bytes) {
   while (!bytes.empty() && bytes.back() == 0) bytes = bytes.first(bytes.size() - 1);
+  return bytes;
+}
+
+std::string Quoted(std::string_view text) {
+  std::string quoted = "\"";
+  for (const char c : text) {
+    if (c == '\\' || c == '"') quoted.push_back('\\');
+    quoted.push_back(c);
+  }
+  return quoted + '"';
+}
+
+std::string Readable(std::span<const unsigned char> bytes) {
   std::string text;
-  for (const unsigned char byte : bytes) {
+  for (const unsigned char byte : WithoutZeros(bytes)) {
     if (byte >= 0x20 && byte < 0x7F && byte != '\\' && byte != '"') {
       text.push_back(static_cast<char>(byte));
     } else if (byte == '\\' || byte == '"') {
@@ -47,21 +60,24 @@ std::string Readable(std::span<const unsigned char> bytes) {
   return text;
 }
 
-std::optional<std::string> Unescaped(std::string_view text) {
+std::optional<std::string> Unescaped(std::string_view text, const EncodeText& encode) {
   std::string bytes;
-  for (; !text.empty(); text.remove_prefix(1)) {
-    if (text.front() != '\\') {
-      bytes.push_back(text.front());
-      continue;
-    }
+  while (!text.empty()) {
+    const std::string_view run = text.substr(0, text.find('\\'));
+    const std::optional<std::string> encoded = encode(run);
+    if (!encoded) return std::nullopt;
+    bytes += *encoded;
+    text.remove_prefix(run.size());
+    if (text.empty()) break;
     text.remove_prefix(1);
     unsigned byte = 0;
     if (text.starts_with('\\') || text.starts_with('"')) {
       bytes.push_back(text.front());
+      text.remove_prefix(1);
     } else if (text.size() >= 3 && text[0] == 'x' &&
                std::from_chars(text.data() + 1, text.data() + 3, byte, 16).ptr == text.data() + 3) {
       bytes.push_back(static_cast<char>(byte));
-      text.remove_prefix(2);
+      text.remove_prefix(3);
     } else {
       return std::nullopt;
     }
@@ -71,12 +87,6 @@ std::optional<std::string> Unescaped(std::string_view text) {
 
 bool IsZero(std::span<const unsigned char> bytes) {
   return std::all_of(bytes.begin(), bytes.end(), [](unsigned char byte) { return byte == 0; });
-}
-
-std::string TextOrHex(std::span<const unsigned char> bytes) {
-  if (IsZero(bytes)) return "(empty)";
-  const std::string text = Readable(bytes);
-  return text.find("\\x") == std::string::npos ? '"' + text + '"' : Hex(bytes);
 }
 
 std::string Plural(std::uint64_t count, const std::string& what) {

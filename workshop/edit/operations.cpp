@@ -18,8 +18,9 @@ namespace {
 /// The arguments of one step, with what a message calls it.
 class Arguments {
  public:
-  Arguments(const char* operation, std::span<const std::string> values, std::size_t number)
-      : values_(values) {
+  Arguments(const char* operation, std::span<const std::string> values, std::size_t number,
+            const EncodeText& encode)
+      : values_(values), encode_(encode) {
     where_ = "operation " + std::to_string(number) + " (" + operation;
     for (const std::string& value : values_) {
       where_ +=
@@ -51,8 +52,11 @@ class Arguments {
 
   /// The bytes of a text of at most `limit` bytes, written as the tool shows texts.
   std::string Text(std::size_t i, std::size_t limit) const {
-    const std::optional<std::string> text = Unescaped(values_[i]);
-    if (!text) Fail("a backslash in a text is written \\\\, a byte \\x and two hexadecimal digits");
+    if (!Unescaped(values_[i])) {
+      Fail("a backslash in a text is written \\\\, a byte \\x and two hexadecimal digits");
+    }
+    const std::optional<std::string> text = Unescaped(values_[i], encode_);
+    if (!text) Fail("the text cannot be written in the character set of the disc");
     if (text->size() > limit) {
       Fail("the text has " + std::to_string(text->size()) + " bytes, and " + std::to_string(limit) +
            " fit");
@@ -62,6 +66,7 @@ class Arguments {
 
  private:
   std::span<const std::string> values_;
+  const EncodeText& encode_;
   std::string where_;
 };
 
@@ -237,23 +242,26 @@ std::span<const Operation> Operations() { return kPublicOperations; }
 
 void CheckRequest(std::span<const std::string> words) { StepsOf(words); }
 
-std::vector<std::string> Edit(CVMGInfo& info, std::span<const std::string> words) {
+std::vector<std::string> Edit(CVMGInfo& info, std::span<const std::string> words,
+                              const EncodeText& encode) {
   CVMGInfo result = info;
   Edited edited{result, {}};
   std::size_t number = 0;
   for (const auto& [operation, arguments] : StepsOf(words)) {
-    operation->run(edited, Arguments(operation->name, arguments, ++number));
+    operation->run(edited, Arguments(operation->name, arguments, ++number, encode));
   }
   result.AutoComplete();
   info = std::move(result);  // nothing throws from here on
   return std::move(edited.notes);
 }
 
-std::vector<std::string> PreviewEdit(const CVMGInfo& info, std::span<const std::string> words) {
+std::vector<std::string> PreviewEdit(const CVMGInfo& info, std::span<const std::string> words,
+                                     const EncodeText& encode, const DecodeText& decode) {
   CVMGInfo result = info;
-  std::vector<std::string> lines = Edit(result, words);
+  std::vector<std::string> lines = Edit(result, words, encode);
   ImageOf(result);
-  for (std::string& line : DifferencesOfEdit(info, result)) lines.push_back(std::move(line));
+  for (std::string& line : DifferencesOfEdit(info, result, decode))
+    lines.push_back(std::move(line));
   return lines;
 }
 

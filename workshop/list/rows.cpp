@@ -129,6 +129,17 @@ std::string RightBound(const std::string& text, std::size_t width) {
   return std::string(text.size() < width ? width - text.size() : 0, ' ') + text;
 }
 
+/// A name that would not stay on its line is cut; the rows hold all of it.
+std::string OnScreen(const std::string& text) {
+  constexpr std::size_t kMostCharacters = 60;
+  std::size_t characters = 0;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const bool begins = (static_cast<unsigned char>(text[i]) & 0xC0U) != 0x80;
+    if (begins && characters++ == kMostCharacters) return text.substr(0, i) + "...";
+  }
+  return text;
+}
+
 std::string CellsText(const ListedProgram& program) {
   if (program.cells == 0) return "no cells";
   const std::string first = std::to_string(program.first_cell);
@@ -145,7 +156,7 @@ std::string ProgramLines(const Listing& disc) {
     cells.resize(std::max<std::size_t>(cells.size(), 14), ' ');
     lines += RightBound(std::to_string(i + 1), 6) + "  " +
              RightBound(has_time ? WholeSeconds(program.seconds) : program.kind, 8) + "  " + cells +
-             "  " + program.text + "\n";
+             "  " + OnScreen(program.text) + "\n";
   }
   return lines;
 }
@@ -156,7 +167,7 @@ std::string PlayListLines(const Listing& disc) {
     const ListedPlayList& list = disc.play_lists[i];
     lines += RightBound(std::to_string(i + 1), 6) + "  " +
              (list.cell == 0 ? "no cell" : "from cell " + std::to_string(list.cell)) + "  " +
-             list.text + "\n";
+             OnScreen(list.text) + "\n";
   }
   return lines;
 }
@@ -214,7 +225,7 @@ std::string ToJsonLines(const Listing& listing, std::string_view name, RowOf of)
 std::string ToText(const Listing& listing, std::string_view name) {
   std::string text = std::string(name) + ":";
   if (listing.status == DiscStatus::kBad) return text + " " + listing.problem + "\n";
-  text += listing.text.empty() ? "\n" : " " + listing.text + "\n";
+  text += listing.text.empty() ? "\n" : " " + OnScreen(listing.text) + "\n";
   text += ProgramLines(listing) + PlayListLines(listing) + "  " + SumLine(listing) + "\n";
   if (listing.status == DiscStatus::kDamaged) text += "  damaged: " + listing.problem + "\n";
   return text;

@@ -25,12 +25,12 @@ std::string CellNumbers(int first, int end) {
 }
 
 /// A row of a program, or of the cells behind the last program, which belong to none.
-std::string ProgramRow(const ScaledChain& scaled, int number, double longest) {
+std::string ProgramRow(const Facts& facts, const ScaledChain& scaled, int number, double longest) {
   const int first = scaled.starts[static_cast<std::size_t>(number)];
   const int end = scaled.starts[static_cast<std::size_t>(number) + 1];
   const tag_PGI* program = scaled.chain.GetPGNode(number);
   return (program == nullptr ? "<td></td><th scope=\"row\" class=\"note\">in no program</th>"
-                             : NumberCell(number + 1) + RowText(program->text_4)) +
+                             : NumberCell(number + 1) + RowText(program->text_4, facts.decode)) +
          NumberCell(CellNumbers(first, end)) +
          NumberCell(scaled.by_time ? DurationText(scaled.Length(first, end))
                                    : std::to_string(end - first)) +
@@ -38,8 +38,8 @@ std::string ProgramRow(const ScaledChain& scaled, int number, double longest) {
 }
 
 /// The programs of some chains as a table with a bar for each, all to one scale.
-std::string Programs(const std::vector<const CPGCInfo*>& chains, bool by_time, bool chain_numbers,
-                     const std::string& caption) {
+std::string Programs(const Facts& facts, const std::vector<const CPGCInfo*>& chains, bool by_time,
+                     bool chain_numbers, const std::string& caption) {
   std::vector<ScaledChain> all;
   double longest = 0;
   for (const CPGCInfo* chain : chains) {
@@ -55,7 +55,7 @@ std::string Programs(const std::vector<const CPGCInfo*>& chains, bool by_time, b
     for (int i = 0; i + 1 < static_cast<int>(all[chain].starts.size()); ++i) {
       rows += "<tr>";
       if (chain_numbers) rows += NumberCell(static_cast<int>(chain) + 1);
-      rows += ProgramRow(all[chain], i, longest);
+      rows += ProgramRow(facts, all[chain], i, longest);
     }
   }
   return HtmlTable(
@@ -81,7 +81,8 @@ std::vector<ChainMark> PlayListMarks(const Facts& facts) {
 }
 
 /// Where a cell point leads, in the original chain.
-std::string Place(const CPGCInfo& chain, tag_CELL_POINT point) {
+std::string Place(const Facts& facts, tag_CELL_POINT point) {
+  const CPGCInfo& chain = facts.Chain();
   if (point.cell == kNoCell) return "nowhere";
   std::string place = "cell " + std::to_string(point.cell);
   if (chain.GetCellNode(point.cell - 1) == nullptr) return place + ", which does not exist";
@@ -90,7 +91,7 @@ std::string Place(const CPGCInfo& chain, tag_CELL_POINT point) {
     const tag_PGI* program = chain.GetPGNode(i);
     end += program->C_Ns;
     if (point.cell > end) continue;
-    const std::string text = DiscText(program->text_4, kTextLimit);
+    const std::string text = DiscText(program->text_4, kTextLimit, facts.decode);
     return place + " of program " + std::to_string(i + 1) +
            (text.empty() ? "" : ", &ldquo;" + text + "&rdquo;");
   }
@@ -117,7 +118,7 @@ std::string OriginalChainSection(const Facts& facts) {
                      "still\"></span>still" +
                      (marks.empty() ? "."
                                     : ". A triangle marks the cell that a play list points at.")) +
-          Programs({&chain}, by_time, false, "Programs of the original chain"));
+          Programs(facts, {&chain}, by_time, false, "Programs of the original chain"));
 }
 
 std::string PlayListSection(const Facts& facts) {
@@ -126,8 +127,8 @@ std::string PlayListSection(const Facts& facts) {
   if (play_lists.IsEmpty()) return Section(heading, Paragraph("There are none."));
   std::string rows;
   for (int i = 0; i < play_lists.GetCount(); ++i) {
-    rows += "<tr>" + NumberCell(i + 1) + RowText(play_lists[i]->text_8) + "<td>" +
-            Place(facts.Chain(), play_lists[i]->cell_point) + "</td></tr>\n";
+    rows += "<tr>" + NumberCell(i + 1) + RowText(play_lists[i]->text_8, facts.decode) + "<td>" +
+            Place(facts, play_lists[i]->cell_point) + "</td></tr>\n";
   }
   return Section(heading,
                  HtmlTable("Where the play lists point",
@@ -146,7 +147,7 @@ std::string UserChainSection(const Facts& facts) {
   }
   return Section("User-defined chains",
                  LengthNote(by_time) +
-                     Programs(shown, by_time, true, "Programs of the user-defined chains") +
+                     Programs(facts, shown, by_time, true, "Programs of the user-defined chains") +
                      RestOf(chains.GetCount(), static_cast<int>(shown.size()), "chain"));
 }
 

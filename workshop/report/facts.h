@@ -34,6 +34,7 @@ struct Facts {
   const ImageMap map;
   const Rate rate;
   const std::vector<Bitrate> bitrates;
+  const DecodeText& decode;
 
   const CPGCInfo& Chain() const { return info.GetOriginalPGC(); }
   const CPlayListSRPTable& PlayLists() const { return info.GetMAT().GetPlayListTable(); }

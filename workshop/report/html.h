@@ -1,6 +1,8 @@
 // The text and the parts of an HTML page.
 #pragma once
 
+#include <veska/workshop/text.h>
+
 #include <span>
 #include <string>
 #include <string_view>
@@ -13,9 +15,11 @@ inline constexpr std::size_t kTextLimit = 64;
 /// Text as it stands in HTML, in elements and in quoted attributes.
 std::string EscapeHtml(std::string_view text);
 
-/// A text of the disc for a page: as it is where it is UTF-8 without control characters, with \xNN
-/// for the other bytes otherwise; cut after `limit` characters; already escaped. Empty for zeros.
-std::string DiscText(std::span<const unsigned char> bytes, std::size_t limit);
+/// A text of the disc for a page: decoded where it is text without control characters, with \xNN
+/// for other bytes than ASCII otherwise; cut after `limit` characters; already escaped. Empty for
+/// zeros.
+std::string DiscText(std::span<const unsigned char> bytes, std::size_t limit,
+                     const DecodeText& decode);
 
 /// The parts of a page. What they are given is HTML unless it says otherwise.
 std::string Section(const std::string& heading, const std::string& content);
@@ -34,6 +38,6 @@ std::string NumberHead(const std::string& title);
 std::string NumberCell(const std::string& number);
 std::string NumberCell(int number);
 std::string RowNumber(int number);
-std::string RowText(std::span<const unsigned char> text_of_the_disc);
+std::string RowText(std::span<const unsigned char> text_of_the_disc, const DecodeText& decode);
 
 }  // namespace VESKA::workshop

@@ -13,8 +13,8 @@ constexpr std::size_t kLongestName = 255;
 
 std::string Start(const Facts& facts) {
   const auto* bytes = reinterpret_cast<const unsigned char*>(facts.name.data());
-  const std::string name = DiscText({bytes, facts.name.size()}, kLongestName);
-  const std::string text = DiscText(facts.info.GetMAT().GetHeader().text_93, 128);
+  const std::string name = DiscText({bytes, facts.name.size()}, kLongestName, DecodeUtf8);
+  const std::string text = DiscText(facts.info.GetMAT().GetHeader().text_93, 128, facts.decode);
   return R"(<!DOCTYPE html>
 <html lang="en">
 <head>
@@ -75,9 +75,10 @@ std::string Report(std::string_view name, std::span<const unsigned char> bytes,
   Findings findings(0);
   const CMovieAVFile& vobs = info->GetMovieAVFileTable().GetMovieAVFile();
   const Rate rate = RateOf(vobs, options.field_rate);
-  const Facts facts{name,  bytes,
-                    *info, MapImage(bytes, findings),
-                    rate,  BitratesOf(vobs, rate.fields_per_second)};
+  const Facts facts{name,          bytes,
+                    *info,         MapImage(bytes, findings),
+                    rate,          BitratesOf(vobs, rate.fields_per_second),
+                    options.decode};
   return Start(facts) + Numbers(facts) + FileMapSection(facts) + OriginalChainSection(facts) +
          PlayListSection(facts) + UserChainSection(facts) + BitrateSection(facts) +
          StillSection(facts) + kEnd;

@@ -4,9 +4,11 @@
 
 #include <algorithm>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <utility>
 #include <vector>
 
+#include "basis/text.h"
 #include "tree/diff.h"
 #include "tree/json_tree.h"
 
@@ -99,7 +101,8 @@ class Alignment {
 class Differ {
  public:
   /// With `skips_lost`, cell points that only in the second tree name none are left out.
-  explicit Differ(bool skips_lost = false) : skips_lost_(skips_lost) {}
+  explicit Differ(const DecodeText& decode, bool skips_lost = false)
+      : decode_(decode), skips_lost_(skips_lost) {}
 
   std::vector<std::string> Take() { return std::move(lines_); }
 
@@ -178,12 +181,17 @@ class Differ {
     Line(path + ": " + from + " -> " + to);
   }
 
-  /// {"hex", "text"}: the text says enough where it is the same bytes.
+  std::optional<std::string> TextOf(const Json& value) const {
+    const std::optional<std::string> bytes = Unescaped(value["text"].get_ref<const std::string&>());
+    return PlainText({reinterpret_cast<const unsigned char*>(bytes->data()), bytes->size()},
+                     decode_);
+  }
+
+  /// {"hex", "text"}: the text says enough where it can be shown and differs.
   void Texts(const std::string& path, const Json& a, const Json& b) {
-    const std::string from = a["text"];
-    const std::string to = b["text"];
-    const bool plain = (from + to).find("\\x") == std::string::npos;
-    if (plain && from != to) return Line(path + ": \"" + from + "\" -> \"" + to + "\"");
+    const auto from = TextOf(a);
+    const auto to = TextOf(b);
+    if (from && to && *from != *to) return Line(path + ": " + Quoted(*from) + " -> " + Quoted(*to));
     Values(path, a["hex"], b["hex"]);
   }
 
@@ -204,24 +212,27 @@ class Differ {
   }
 
   static constexpr std::size_t kLongHex = 32;
+  const DecodeText& decode_;
   bool skips_lost_;
   std::vector<std::string> lines_;
 };
 
 }  // namespace
 
-std::vector<std::string> DifferencesOfEdit(const CVMGInfo& before, const CVMGInfo& after) {
+std::vector<std::string> DifferencesOfEdit(const CVMGInfo& before, const CVMGInfo& after,
+                                           const DecodeText& decode) {
   const Json tree_before = TreeOf(before);
   const Json tree_after = TreeOf(after);
-  Differ differ(true);
+  Differ differ(decode, true);
   differ.Compare("", tree_before, tree_after, tree_before, tree_after);
   return differ.Take();
 }
 
-std::vector<std::string> Differences(const CVMGInfo& a, const CVMGInfo& b, bool derived) {
+std::vector<std::string> Differences(const CVMGInfo& a, const CVMGInfo& b, bool derived,
+                                     const DecodeText& decode) {
   const Json tree_a = TreeOf(a);
   const Json tree_b = TreeOf(b);
-  Differ differ;
+  Differ differ(decode);
   if (derived || tree_a == tree_b) {
     differ.Compare("", tree_a, tree_b, TreeOf(a, true), TreeOf(b, true));
   } else {

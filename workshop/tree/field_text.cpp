@@ -51,7 +51,7 @@ std::string CellPointText(const Record& record, const Field& field, const CPGCIn
 }  // namespace
 
 std::string FieldText(const Record& record, const Field& field, const CPGCInfo& chain,
-                      bool raw_positions) {
+                      bool raw_positions, const DecodeText& decode) {
   switch (field.kind) {
     case FieldKind::kNumber:
     case FieldKind::kDerived: {
@@ -63,7 +63,7 @@ std::string FieldText(const Record& record, const Field& field, const CPGCInfo& 
     case FieldKind::kCellPoint:
       return CellPointText(record, field, chain, raw_positions);
     case FieldKind::kText:
-      return TextOrHex(FieldBytes(record, field));
+      return TextOrHex(FieldBytes(record, field), decode);
     case FieldKind::kBytes:
       break;
   }

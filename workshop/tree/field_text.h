@@ -3,6 +3,7 @@
 
 #include <veska/CVMGInfo.h>
 #include <veska/layouts.h>
+#include <veska/workshop/text.h>
 
 #include <cstdint>
 #include <span>
@@ -12,9 +13,9 @@
 
 namespace VESKA::workshop {
 
-/// The value of a field. A cell point names a cell of `chain`; with `raw_positions` its position is
-/// bytes whatever the cell is, as in user-defined program chains.
+/// The value of a field, a text by `decode`. A cell point names a cell of `chain`; with
+/// `raw_positions` its position is bytes whatever the cell is, as in user-defined program chains.
 std::string FieldText(const Record& record, const Field& field, const CPGCInfo& chain,
-                      bool raw_positions = false);
+                      bool raw_positions, const DecodeText& decode);
 
 }  // namespace VESKA::workshop

@@ -30,8 +30,8 @@ void Outline::Data(std::span<const unsigned char> bytes) {
 std::string Outline::FieldsOf(const Record& record, bool named, const CPGCInfo* user_chain) const {
   std::string line;
   for (const Field& field : record.fields) {
-    const bool is_name = named && field.kind == FieldKind::kText &&
-                         TextOrHex(FieldBytes(record, field)).front() == '"';
+    const bool is_name =
+        named && field.kind == FieldKind::kText && Text(FieldBytes(record, field)).front() == '"';
     if (is_name || IsDull(record, field)) continue;
     line += (line.empty() ? "" : ", ") + Value(record, field, user_chain);
   }
@@ -42,7 +42,7 @@ std::string Outline::Value(const Record& record, const Field& field,
                            const CPGCInfo* user_chain) const {
   return field.name + std::string(field.kind == FieldKind::kCellPoint ? ": " : " ") +
          FieldText(record, field, user_chain != nullptr ? *user_chain : info_.GetOriginalPGC(),
-                   user_chain != nullptr);
+                   user_chain != nullptr, options_.decode);
 }
 
 bool Outline::IsDull(const Record& record, const Field& field) const {

@@ -58,6 +58,10 @@ class Outline {
   std::string NamedFields(const Type& record, const CPGCInfo* user_chain = nullptr) const {
     return FieldsOf(RecordOf(record), true, user_chain);
   }
+  /// A text of the disc in quotes, or its bytes.
+  std::string Text(std::span<const unsigned char> bytes) const {
+    return TextOrHex(bytes, options_.decode);
+  }
   /// "NAME value".
   std::string Value(const Record& record, const Field& field, const CPGCInfo* user_chain) const;
   bool IsDull(const Record& record, const Field& field) const;

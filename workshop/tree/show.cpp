@@ -71,7 +71,7 @@ void ShowPlayLists(Outline& to, const CPlayListSRPTable& table) {
   const Outline::Deeper deeper(to);
   to.List(table.GetCount(), "play list", [&](int i) {
     const tag_PL_SRP& list = *table.GetNode(i);
-    const std::string text = TextOrHex(list.text_8);
+    const std::string text = to.Text(list.text_8);
     to.Heading(Numbered("play list", i) + (text.front() == '"' ? " " + text : ""),
                to.NamedFields(list));
   });
@@ -181,10 +181,10 @@ void ShowUserChains(Outline& to, const CUserPGCTable& table, std::uint32_t addre
 }
 
 /// A text may well end in zeros that count.
-std::string Content(const tag_IT_TXT& text) {
+std::string Content(const Outline& to, const tag_IT_TXT& text) {
   const std::span<const unsigned char> bytes(text.text, text.length);
   if (bytes.empty()) return "(empty)";
-  return bytes.back() == 0 ? Hex(bytes) : TextOrHex(bytes);
+  return bytes.back() == 0 ? Hex(bytes) : to.Text(bytes);
 }
 
 void ShowTexts(Outline& to, const CTextDataMgr& texts, std::uint32_t address) {
@@ -199,7 +199,7 @@ void ShowTexts(Outline& to, const CTextDataMgr& texts, std::uint32_t address) {
     const Outline::Deeper deepest(to);
     to.List(set.GetCount(), "text", [&](int j) {
       const tag_IT_TXT& text = *set.GetNode(j);
-      to.Heading(Numbered("text", j), to.Fields(text) + ", " + Content(text));
+      to.Heading(Numbered("text", j), to.Fields(text) + ", " + Content(to, text));
     });
   });
 }

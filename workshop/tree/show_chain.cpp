@@ -6,8 +6,8 @@ namespace VESKA::workshop {
 namespace {
 
 /// `program 1 "name"`, where the name is readable.
-std::string NameOf(int i, const tag_PGI& program) {
-  const std::string text = TextOrHex(program.text_4);
+std::string NameOf(const Outline& to, int i, const tag_PGI& program) {
+  const std::string text = to.Text(program.text_4);
   return Numbered("program", i) + (text.front() == '"' ? " " + text : "");
 }
 
@@ -60,8 +60,9 @@ void ShowChain(Outline& to, const CPGCInfo& chain, const CPGCInfo* user_chain) {
   to.List(chain.GetPGCount(), "program", [&](int i) {
     const tag_PGI& program = *chain.GetPGNode(i);
     const ProgramCells& cells = programs[static_cast<std::size_t>(i)];
-    to.Heading(NameOf(i, program), CellsText(cells) + ", " + kKinds[chain.GetProgramVOBType(i)] +
-                                       ", " + to.NamedFields(program, user_chain));
+    to.Heading(NameOf(to, i, program), CellsText(cells) + ", " +
+                                           kKinds[chain.GetProgramVOBType(i)] + ", " +
+                                           to.NamedFields(program, user_chain));
     ShowCells(to, chain, cells.first, cells.there);
   });
   const int next = programs.empty() ? 0 : programs.back().End();

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "veska/workshop/error.h"
+#include "veska/workshop/text.h"
 
 namespace VESKA::workshop {
 
@@ -16,8 +17,10 @@ namespace VESKA::workshop {
 ///
 /// What CVMGInfo::AutoComplete derives is compared only when all else is equal, or for `derived`.
 /// Takes time and memory in proportion to the objects, and to the product of the lengths of two
-/// lists of different length up to 4 million; longer ones are compared in order.
+/// lists of different length up to 4 million; longer ones are compared in order. Texts are shown by
+/// `decode`.
 VESKA_WORKSHOP_API std::vector<std::string> Differences(const CVMGInfo& a, const CVMGInfo& b,
-                                                        bool derived = false);
+                                                        bool derived = false,
+                                                        const DecodeText& decode = DecodeUtf8);
 
 }  // namespace VESKA::workshop

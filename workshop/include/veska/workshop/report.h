@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "veska/workshop/error.h"
+#include "veska/workshop/text.h"
 
 namespace VESKA::workshop {
 
@@ -20,6 +21,8 @@ enum class FieldRate : int {
 struct ReportOptions {
   /// What the bitrates are counted with.
   FieldRate field_rate = FieldRate::kGuessed;
+  /// By which texts of the disc are shown.
+  DecodeText decode = DecodeUtf8;
 };
 
 /// One HTML document in UTF-8 that needs nothing else, no script and no network: a map of the file,

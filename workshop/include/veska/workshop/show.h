@@ -5,15 +5,17 @@
 #include <string>
 
 #include "veska/workshop/error.h"
+#include "veska/workshop/text.h"
 
 namespace VESKA::workshop {
 
 /// What is shown, and how.
 struct ShowOptions {
-  std::string name = "file";   ///< what the first line calls the file; stands as it is
-  bool all = false;            ///< every record and every byte, however long
-  std::string before_heading;  ///< stands before and behind the name of each heading, such as
-  std::string after_heading;   ///< "\x1b[1m" and "\x1b[0m" to make it bold on a terminal
+  std::string name = "file";        ///< what the first line calls the file; stands as it is
+  bool all = false;                 ///< every record and every byte, however long
+  DecodeText decode = DecodeUtf8;   ///< by which texts of the disc are shown
+  std::string before_heading = {};  ///< stands before and behind the name of each heading, such as
+  std::string after_heading = {};   ///< "\x1b[1m" and "\x1b[0m" to make it bold on a terminal
 };
 
 /// What is in a management file: a line for each table, record and block, two blanks deeper a
