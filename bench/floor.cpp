@@ -111,6 +111,22 @@ struct Index {
   unsigned count;
 };
 
+/// The parts of an object, copied into a block.
+template <class Part>
+std::span<Part> Copied(std::span<const Part> parts, Block& block) {
+  Part* copy = block.Make<Part>(parts.size());
+  std::copy(parts.begin(), parts.end(), copy);
+  return {copy, parts.size()};
+}
+
+/// An entry of an index, and the structure that it names.
+template <class Object>
+struct Item {
+  Object* object;
+  std::uint32_t address;
+  std::uint32_t size;  // where the index holds it
+};
+
 /// A floor over the structures of a table, each of them an `Object`.
 template <class Object>
 class FloorOf : public Floor {
@@ -122,19 +138,22 @@ class FloorOf : public Floor {
     const Reader table = Reader(image, size).At(table_);
     index_ = Object::Find(table);
     block_.Begin();
-    objects_ = {block_.Make<Object>(index_.count), index_.count};
+    items_ = {block_.Make<Item<Object>>(index_.count), index_.count};
     Reader pointers = table.At(index_.offset);
-    for (Object& object : objects_) object.Read(pointers, table, block_);
+    for (Item<Object>& item : items_) {
+      item = {block_.Make<Object>(), GetAddress(pointers), 0};
+      if (Object::kHasSize) item.size = GetAddress(pointers);
+      item.object->Read(table.At(item.address), item.size, block_);
+    }
     block_.Close();
   }
 
   void Copy() override {
     copy_.Free();
     copy_.Begin();
-    Object* to = copy_.Make<Object>(objects_.size());
-    for (const Object& object : objects_) {
-      *to = object;
-      to++->CopyParts(copy_);
+    for (Item<Object>& to : Copied<Item<Object>>(items_, copy_)) {
+      to.object = Copied<Object>({to.object, 1}, copy_).data();
+      to.object->CopyParts(copy_);
     }
     copy_.Close();
   }
@@ -142,24 +161,29 @@ class FloorOf : public Floor {
   void Write(Byte* image, std::size_t size) const override {
     const Writer table = Writer(image, size).At(table_);
     Writer pointers = table.At(index_.offset);
-    Writer out = table.At(index_.offset + Object::kPointer * objects_.size());
-    for (const Object& object : objects_) object.Write(pointers, out);
+    const std::size_t width = Object::kAddress * (Object::kHasSize ? 2 : 1);
+    Writer out = table.At(index_.offset + width * items_.size());
+    for (const Item<Object>& item : items_) {
+      PutAddress(pointers, item.address);
+      if (Object::kHasSize) PutAddress(pointers, item.size);
+      item.object->Write(out);
+    }
   }
 
  private:
+  static std::uint32_t GetAddress(Reader& in) {
+    return Object::kAddress == 2 ? in.Get<std::uint16_t>() : in.Get<std::uint32_t>();
+  }
+  static void PutAddress(Writer& out, std::uint32_t address) {
+    if (Object::kAddress == 4) return out.Put(address);
+    out.Put(static_cast<std::uint16_t>(address));
+  }
+
   Block block_, copy_;
   std::uint32_t table_ = 0;
   Index index_{};
-  std::span<Object> objects_;
+  std::span<Item<Object>> items_;
 };
-
-/// The parts of an object, copied into a block.
-template <class Part>
-std::span<Part> Copied(std::span<const Part> parts, Block& block) {
-  Part* copy = block.Make<Part>(parts.size());
-  std::copy(parts.begin(), parts.end(), copy);
-  return {copy, parts.size()};
-}
 
 struct TimeEntry {
   std::uint16_t number_0;
@@ -172,49 +196,14 @@ struct Vobu {
   std::uint16_t word_1;
 };
 
-struct Vob {
-  static constexpr std::size_t kTable = offsetof(tag_VMGI_MAT_HEADER, M_AVFIT_SA);
-  static constexpr std::size_t kPointer = 4;
-
-  std::uint32_t address;
-  Byte type[2];
-  Byte bytes_2[7];
-  std::uint16_t number_21;
-  Clock clocks[2], seamless[2], gaps[2];
-  std::uint16_t gap_numbers[2];
+struct TimeMap {
   std::uint16_t offset;
   std::uint32_t address_offset;
   std::span<TimeEntry> times;
   std::span<Vobu> vobus;
 
-  static Index Find(const Reader& table) {
-    const unsigned streams = *table.At(offsetof(tag_M_AVFITI, M_VOB_STI_Ns)).Take(1);
-    const std::size_t index = sizeof(tag_M_AVFITI) + sizeof(tag_M_VOB_STI) * streams;
-    return {index + sizeof(tag_M_AVFI_GI), table.At(index).Get<std::uint16_t>()};
-  }
-
-  bool IsSeamless() const { return (type[1] & 0x80U) != 0; }
-  bool HasGaps() const { return (type[1] & 0x78U) != 0; }
-
-  void Read(Reader& pointers, const Reader& table, Block& block) {
-    *this = {};
-    address = pointers.Get<std::uint32_t>();
-    Reader in = table.At(address);
-    const Byte* from = in.Take(sizeof(tag_M_VOB_GI));
-    std::memcpy(type, from, sizeof type);
-    std::memcpy(bytes_2, from + 2, sizeof bytes_2);
-    for (int i : {0, 1}) clocks[i] = ClockAt(from + 9 + 6 * i);
-    number_21 = FromFile<std::uint16_t>(from + 21);
-    if (IsSeamless()) {
-      from = in.Take(sizeof(tag_SMLI));
-      for (int i : {0, 1}) seamless[i] = ClockAt(from + 6 * i);
-    }
-    if (HasGaps()) {
-      from = in.Take(sizeof(tag_AGAPI));
-      for (int i : {0, 1}) gaps[i] = ClockAt(from + 6 * i);
-      for (int i : {0, 1}) gap_numbers[i] = FromFile<std::uint16_t>(from + 12 + 2 * i);
-    }
-    from = in.Take(sizeof(tag_TMAP_GI));
+  void Read(Reader in, Block& block) {
+    const Byte* from = in.Take(sizeof(tag_TMAP_GI));
     const unsigned time_count = FromFile<std::uint16_t>(from);
     const unsigned vobu_count = FromFile<std::uint16_t>(from + 2);
     offset = FromFile<std::uint16_t>(from + 4);
@@ -233,32 +222,12 @@ struct Vob {
     }
   }
 
-  void CopyParts(Block& block) {
-    times = Copied<TimeEntry>(times, block);
-    vobus = Copied<Vobu>(vobus, block);
-  }
-
-  void Write(Writer& pointers, Writer& out) const {
-    pointers.Put(address);
-    Byte* to = out.Take(sizeof(tag_M_VOB_GI));
-    std::memcpy(to, type, sizeof type);
-    std::memcpy(to + 2, bytes_2, sizeof bytes_2);
-    for (int i : {0, 1}) PutClock(to + 9 + 6 * i, clocks[i]);
-    ToFile(to + 21, number_21);
-    if (IsSeamless()) {
-      to = out.Take(sizeof(tag_SMLI));
-      for (int i : {0, 1}) PutClock(to + 6 * i, seamless[i]);
-    }
-    if (HasGaps()) {
-      to = out.Take(sizeof(tag_AGAPI));
-      for (int i : {0, 1}) PutClock(to + 6 * i, gaps[i]);
-      for (int i : {0, 1}) ToFile(to + 12 + 2 * i, gap_numbers[i]);
-    }
+  void Write(Writer& out) const {
     out.Put(static_cast<std::uint16_t>(times.size()));
     out.Put(static_cast<std::uint16_t>(vobus.size()));
     out.Put(offset);
     out.Put(address_offset);
-    to = out.Take(sizeof(tag_TM_ENT) * times.size());
+    Byte* to = out.Take(sizeof(tag_TM_ENT) * times.size());
     for (const TimeEntry& time : times) {
       ToFile(to, time.number_0);
       to[2] = time.number_2;
@@ -274,6 +243,86 @@ struct Vob {
   }
 };
 
+struct Seamless {
+  Clock clocks[2];
+};
+
+struct Gaps {
+  Clock clocks[2];
+  std::uint16_t numbers[2];
+};
+
+struct Vob {
+  static constexpr std::size_t kTable = offsetof(tag_VMGI_MAT_HEADER, M_AVFIT_SA);
+  static constexpr unsigned kAddress = 4;
+  static constexpr bool kHasSize = false;
+
+  Byte type[2];
+  Byte bytes_2[7];
+  std::uint16_t number_21;
+  Clock clocks[2];
+  Seamless* seamless;
+  Gaps* gaps;
+  TimeMap* map;
+
+  static Index Find(const Reader& table) {
+    const unsigned streams = *table.At(offsetof(tag_M_AVFITI, M_VOB_STI_Ns)).Take(1);
+    const std::size_t index = sizeof(tag_M_AVFITI) + sizeof(tag_M_VOB_STI) * streams;
+    return {index + sizeof(tag_M_AVFI_GI), table.At(index).Get<std::uint16_t>()};
+  }
+
+  bool IsSeamless() const { return (type[1] & 0x80U) != 0; }
+  bool HasGaps() const { return (type[1] & 0x78U) != 0; }
+
+  void Read(Reader in, std::size_t, Block& block) {
+    *this = {};
+    const Byte* from = in.Take(sizeof(tag_M_VOB_GI));
+    std::memcpy(type, from, sizeof type);
+    std::memcpy(bytes_2, from + 2, sizeof bytes_2);
+    for (int i : {0, 1}) clocks[i] = ClockAt(from + 9 + 6 * i);
+    number_21 = FromFile<std::uint16_t>(from + 21);
+    if (IsSeamless()) {
+      from = in.Take(sizeof(tag_SMLI));
+      seamless = block.Make<Seamless>();
+      for (int i : {0, 1}) seamless->clocks[i] = ClockAt(from + 6 * i);
+    }
+    if (HasGaps()) {
+      from = in.Take(sizeof(tag_AGAPI));
+      gaps = block.Make<Gaps>();
+      for (int i : {0, 1}) gaps->clocks[i] = ClockAt(from + 6 * i);
+      for (int i : {0, 1}) gaps->numbers[i] = FromFile<std::uint16_t>(from + 12 + 2 * i);
+    }
+    map = block.Make<TimeMap>();
+    map->Read(in, block);
+  }
+
+  void CopyParts(Block& block) {
+    if (seamless != nullptr) seamless = Copied<Seamless>({seamless, 1}, block).data();
+    if (gaps != nullptr) gaps = Copied<Gaps>({gaps, 1}, block).data();
+    map = Copied<TimeMap>({map, 1}, block).data();
+    map->times = Copied<TimeEntry>(map->times, block);
+    map->vobus = Copied<Vobu>(map->vobus, block);
+  }
+
+  void Write(Writer& out) const {
+    Byte* to = out.Take(sizeof(tag_M_VOB_GI));
+    std::memcpy(to, type, sizeof type);
+    std::memcpy(to + 2, bytes_2, sizeof bytes_2);
+    for (int i : {0, 1}) PutClock(to + 9 + 6 * i, clocks[i]);
+    ToFile(to + 21, number_21);
+    if (IsSeamless()) {
+      to = out.Take(sizeof(tag_SMLI));
+      for (int i : {0, 1}) PutClock(to + 6 * i, seamless->clocks[i]);
+    }
+    if (HasGaps()) {
+      to = out.Take(sizeof(tag_AGAPI));
+      for (int i : {0, 1}) PutClock(to + 6 * i, gaps->clocks[i]);
+      for (int i : {0, 1}) ToFile(to + 12 + 2 * i, gaps->numbers[i]);
+    }
+    map->Write(out);
+  }
+};
+
 struct Entry {
   std::uint8_t type;
   std::uint8_t reserved_1;  // of a still cell
@@ -284,9 +333,9 @@ struct Entry {
 /// A cell of either kind.
 struct Cell {
   static constexpr std::size_t kTable = offsetof(tag_VMGI_MAT_HEADER, ORG_PGCI_SA);
-  static constexpr std::size_t kPointer = 4;
+  static constexpr unsigned kAddress = 4;
+  static constexpr bool kHasSize = false;
 
-  std::uint32_t address;
   std::uint8_t reserved_0, type;
   std::uint16_t number_2;
   Byte reserved_6[2];  // of a still cell
@@ -302,10 +351,8 @@ struct Cell {
   bool IsStill() const { return CellKind(type) == CELL_STILL; }
   std::size_t EntrySize() const { return IsStill() ? 2 : 7; }
 
-  void Read(Reader& pointers, const Reader& table, Block& block) {
+  void Read(Reader in, std::size_t, Block& block) {
     *this = {};
-    address = pointers.Get<std::uint32_t>();
-    Reader in = table.At(address);
     reserved_0 = in.Get<std::uint8_t>();
     type = in.Get<std::uint8_t>();
     number_2 = in.Get<std::uint16_t>();
@@ -335,8 +382,7 @@ struct Cell {
     }
   }
 
-  void Write(Writer& pointers, Writer& out) const {
-    pointers.Put(address);
+  void Write(Writer& out) const {
     out.Put(reserved_0);
     out.Put(type);
     out.Put(number_2);
@@ -362,16 +408,53 @@ struct Cell {
   }
 };
 
+/// An entry of any form.
+struct StillEntry {
+  std::uint8_t type, packs;
+  std::uint16_t first_packs, first_word;  // of the first extension
+  std::uint16_t second_word;              // of the second one
+  std::uint8_t second_byte;
+
+  bool HasFirst() const { return (type & 0x40U) != 0; }
+  bool HasSecond() const { return (type & 0x80U) != 0; }
+
+  void Read(Reader& in) {
+    *this = {};
+    type = in.Get<std::uint8_t>();
+    packs = in.Get<std::uint8_t>();
+    if (HasFirst()) {
+      first_packs = in.Get<std::uint16_t>();
+      first_word = in.Get<std::uint16_t>();
+    }
+    if (HasSecond()) {
+      second_word = in.Get<std::uint16_t>();
+      second_byte = in.Get<std::uint8_t>();
+    }
+  }
+
+  void Write(Writer& out) const {
+    out.Put(type);
+    out.Put(packs);
+    if (HasFirst()) {
+      out.Put(first_packs);
+      out.Put(first_word);
+    }
+    if (HasSecond()) {
+      out.Put(second_word);
+      out.Put(second_byte);
+    }
+  }
+};
+
 struct StillGroup {
   static constexpr std::size_t kTable = offsetof(tag_VMGI_MAT_HEADER, S_AVFIT_SA);
-  static constexpr std::size_t kPointer = 4;
-  static constexpr std::size_t kLongest = sizeof(tag_S_VOB_ENT);
+  static constexpr unsigned kAddress = 4;
+  static constexpr bool kHasSize = false;
 
-  std::uint32_t address;
   std::uint32_t number_12;
   std::uint16_t number_16;
   Byte bytes_1[11];
-  std::span<tag_S_VOB_ENT> entries;
+  std::span<StillEntry> entries;
 
   static Index Find(const Reader& table) {
     const unsigned streams = *table.At(offsetof(tag_S_AVFITI, S_VOB_STI_Ns)).Take(1);
@@ -379,44 +462,23 @@ struct StillGroup {
     return {index + sizeof(tag_S_AVFI_GI), table.At(index).Get<std::uint16_t>()};
   }
 
-  void Read(Reader& pointers, const Reader& table, Block& block) {
-    address = pointers.Get<std::uint32_t>();
-    Reader in = table.At(address);
+  void Read(Reader in, std::size_t, Block& block) {
     const unsigned count = in.Get<std::uint8_t>();
     std::memcpy(bytes_1, in.Take(sizeof bytes_1), sizeof bytes_1);
     number_12 = in.Get<std::uint32_t>();
     number_16 = in.Get<std::uint16_t>();
-    entries = {block.Make<tag_S_VOB_ENT>(count), count};
-    for (tag_S_VOB_ENT& entry : entries) {
-      auto* to = reinterpret_cast<Byte*>(&entry);
-      Byte last[kLongest] = {};
-      const Byte* from = in.At(0).Take(1);
-      const unsigned size = StillEntrySize(*from);
-      in.Take(size);
-      if (in.Left() < kLongest) from = static_cast<Byte*>(std::memcpy(last, from, size));
-      CopyStillEntry(to, from);
-    }
+    entries = {block.Make<StillEntry>(count), count};
+    for (StillEntry& entry : entries) entry.Read(in);
   }
 
-  void CopyParts(Block& block) { entries = Copied<tag_S_VOB_ENT>(entries, block); }
+  void CopyParts(Block& block) { entries = Copied<StillEntry>(entries, block); }
 
-  void Write(Writer& pointers, Writer& out) const {
-    pointers.Put(address);
+  void Write(Writer& out) const {
     out.Put(static_cast<std::uint8_t>(entries.size()));
     std::memcpy(out.Take(sizeof bytes_1), bytes_1, sizeof bytes_1);
     out.Put(number_12);
     out.Put(number_16);
-    for (const tag_S_VOB_ENT& entry : entries) {
-      const auto* from = reinterpret_cast<const Byte*>(&entry);
-      const unsigned size = StillEntrySize(entry.S_VOB_ENT_TY);
-      if (out.Left() >= kLongest) {
-        CopyStillEntry(out.Take(size), from);
-      } else {
-        Byte last[kLongest];
-        CopyStillEntry(last, from);
-        std::memcpy(out.Take(size), last, size);
-      }
-    }
+    for (const StillEntry& entry : entries) entry.Write(out);
   }
 };
 
@@ -427,9 +489,9 @@ struct Text {
 
 struct TextSet {
   static constexpr std::size_t kTable = offsetof(tag_VMGI_MAT_HEADER, TXTDT_MG_SA);
-  static constexpr std::size_t kPointer = 4;
+  static constexpr unsigned kAddress = 2;
+  static constexpr bool kHasSize = true;
 
-  std::uint16_t address, size;
   std::span<Text> texts;
 
   static Index Find(const Reader& table) {
@@ -437,10 +499,7 @@ struct TextSet {
             table.At(offsetof(tag_TXTDITI, IT_TXT_SRP_Ns)).Get<std::uint16_t>()};
   }
 
-  void Read(Reader& pointers, const Reader& table, Block& block) {
-    address = pointers.Get<std::uint16_t>();
-    size = pointers.Get<std::uint16_t>();
-    Reader in = table.At(address);
+  void Read(Reader in, std::size_t size, Block& block) {
     const Byte* from = in.Take(size);
     const Byte* const end = from + size;
     std::size_t count = 0;
@@ -460,9 +519,7 @@ struct TextSet {
     for (Text& text : texts) text.text = Copied<Byte>({text.text, text.length}, block).data();
   }
 
-  void Write(Writer& pointers, Writer& out) const {
-    pointers.Put(address);
-    pointers.Put(size);
+  void Write(Writer& out) const {
     for (const Text& text : texts) {
       Byte* to = out.Take(2U + text.length);
       to[0] = text.code;

@@ -132,8 +132,10 @@ class VESKA_API CPGCInfo {
     ~CellItem();
     bool operator==(const CellItem& other) const;
 
-    /// Reads a cell of that kind, over the present one where it is of the same kind.
+    /// Reads over a cell of that kind that the library made.
     void Read(tag_CELL_TYPE type, const ImageReader& image);
+    /// Makes one of that kind of whatever it holds.
+    void Become(tag_CELL_TYPE type);
 
    private:
     void Place(tag_CELL_TYPE type);

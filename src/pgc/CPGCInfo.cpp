@@ -50,12 +50,13 @@ CPGCInfo::CellItem::~CellItem() {
   std::destroy_at(Own());
 }
 
+void CPGCInfo::CellItem::Become(tag_CELL_TYPE type) {
+  if (CI == Own() && CI->GetType() == type) return;
+  std::destroy_at(this);
+  std::construct_at(this, type);
+}
+
 void CPGCInfo::CellItem::Read(tag_CELL_TYPE type, const ImageReader& image) {
-  if (CI != Own() || CI->GetType() != type) {
-    const std::uint32_t address = CI_SA;
-    std::destroy_at(this);
-    std::construct_at(this, type)->CI_SA = address;
-  }
   if (type == CELL_MOVIE) return static_cast<CMovieCell*>(Own())->CMovieCell::Read(image);
   static_cast<CStillCell*>(Own())->CStillCell::Read(image);
 }
@@ -88,6 +89,7 @@ void CPGCInfo::Read(const ImageReader& image) {
     const auto address = FromFile<std::uint32_t>(pointer);
     const tag_CELL_TYPE kind = CellKind(image.Byte(address + kKindOffset));
     CellItem& item = i < renewed ? *cells_.Get(i) : cells_.AddReserved(kind);
+    if (i < renewed) item.Become(kind);
     item.CI_SA = address;
     item.Read(kind, image.At(address));
   }

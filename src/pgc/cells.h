@@ -18,8 +18,11 @@ Cell* As(CBaseCell& cell) {
 /// Calls `action` with the cell as what it is: one of the library's classes, or only a cell.
 template <class Action>
 auto WithItsClass(CBaseCell& cell, Action&& action) {
-  if (CMovieCell* movie = As<CMovieCell>(cell)) return action(*movie);
-  if (CStillCell* still = As<CStillCell>(cell)) return action(*still);
+  if (cell.GetType() == CELL_MOVIE) {
+    if (CMovieCell* movie = As<CMovieCell>(cell)) return action(*movie);
+  } else {
+    if (CStillCell* still = As<CStillCell>(cell)) return action(*still);
+  }
   return action(cell);
 }
 

@@ -24,8 +24,8 @@ VESKA_WORKSHOP_API std::optional<std::string> DecodeUtf8(std::span<const unsigne
 /// The text as it is, UTF-8 or not.
 VESKA_WORKSHOP_API std::optional<std::string> EncodeUtf8(std::string_view text);
 
-/// A text as people are shown it, on one line: decoded, with control characters as \xNN; or, where
-/// that fails, its bytes as `Readable` gives them. The zeros at the end are left out.
+/// A text as people are shown it, on one line: decoded, with control characters in hexadecimal; or,
+/// where that fails, its bytes as `Readable` gives them. The zeros at the end are left out.
 VESKA_WORKSHOP_API std::string ShownText(std::span<const unsigned char> bytes,
                                          const DecodeText& decode = DecodeUtf8);
 
