@@ -28,6 +28,7 @@ inline bool NamesMovieCell(const CPGCInfo& chain, std::uint16_t number) {
 
 /// What holds a cell point.
 struct CellPointHolder {
+  /// Where it stands.
   enum Kind : int { kHeader, kPlayList, kProgram };
   Kind kind;
   int index;              ///< position of the play list, or of the program in its chain, from 0

@@ -1,10 +1,10 @@
 // Whole commands as they are called: arguments, exit status, what is printed and what is written.
 #include <gtest/gtest.h>
 
-#include "io.h"
 #include "support/image_builder.h"
 #include "support/temporary_folder.h"
 #include "support/tool_run.h"
+#include "tool_io.h"
 
 namespace {
 

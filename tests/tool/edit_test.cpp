@@ -6,9 +6,9 @@
 #include <filesystem>
 #include <memory>
 
-#include "io.h"
 #include "support/temporary_folder.h"
 #include "support/tool_run.h"
+#include "tool_io.h"
 
 namespace {
 

@@ -5,10 +5,10 @@
 #include <map>
 
 #include "encoding.h"
-#include "io.h"
 #include "support/image_builder.h"
 #include "support/temporary_folder.h"
 #include "support/tool_run.h"
+#include "tool_io.h"
 
 namespace {
 

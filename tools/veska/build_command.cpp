@@ -4,7 +4,7 @@
 
 #include "command.h"
 #include "in_out.h"
-#include "io.h"
+#include "tool_io.h"
 
 namespace veska_tool {
 namespace {

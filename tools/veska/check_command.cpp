@@ -12,7 +12,7 @@
 #include "command.h"
 #include "for_each_input.h"
 #include "input.h"
-#include "io.h"
+#include "tool_io.h"
 
 namespace veska_tool {
 namespace {

@@ -7,7 +7,7 @@
 #include <new>
 
 #include "command.h"
-#include "io.h"
+#include "tool_io.h"
 
 namespace veska_tool {
 

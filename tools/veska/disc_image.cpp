@@ -9,7 +9,7 @@
 #include <string_view>
 #include <system_error>
 
-#include "io.h"
+#include "tool_io.h"
 
 namespace veska_tool {
 namespace {

@@ -7,7 +7,7 @@
 #include "command.h"
 #include "encoding.h"
 #include "input.h"
-#include "io.h"
+#include "tool_io.h"
 
 namespace veska_tool {
 namespace {

@@ -7,8 +7,8 @@
 #include <sstream>
 #include <utility>
 
-#include "io.h"
 #include "progress.h"
+#include "tool_io.h"
 
 namespace veska_tool {
 namespace {

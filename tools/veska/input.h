@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "disc_image.h"
-#include "io.h"
+#include "tool_io.h"
 
 namespace CLI {
 class App;

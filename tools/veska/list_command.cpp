@@ -8,7 +8,7 @@
 #include "encoding.h"
 #include "for_each_input.h"
 #include "input.h"
-#include "io.h"
+#include "tool_io.h"
 
 namespace veska_tool {
 namespace {

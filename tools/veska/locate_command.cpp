@@ -8,7 +8,7 @@
 #include "command.h"
 #include "disc_image.h"
 #include "input.h"
-#include "io.h"
+#include "tool_io.h"
 
 namespace veska_tool {
 namespace {

@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "command.h"
-#include "io.h"
+#include "tool_io.h"
 
 namespace {
 

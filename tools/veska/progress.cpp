@@ -4,7 +4,7 @@
 #include <iostream>
 #include <utility>
 
-#include "io.h"
+#include "tool_io.h"
 
 namespace veska_tool {
 

@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "disc_image.h"
-#include "io.h"
+#include "tool_io.h"
 
 namespace veska_tool {
 

@@ -22,11 +22,13 @@ struct ListedProgram {
   double seconds = 0;  ///< between the clock values of its movie cells
 };
 
+/// A play list.
 struct ListedPlayList {
   std::string text;
   int cell = 0;  ///< the cell of the original chain that it names, 0 for none
 };
 
+/// How sound what is listed is. The values are for good.
 enum class DiscStatus : int {
   kSound = 0,    ///< loads, and an examination finds no error
   kDamaged = 1,  ///< what is listed is what loads, or can be salvaged

@@ -1,4 +1,4 @@
-#include "io.h"
+#include "tool_io.h"
 
 #include <algorithm>
 #include <cerrno>
