@@ -3,9 +3,11 @@
 
 #include <veska/layouts.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <span>
+#include <string_view>
 
 namespace VESKA::workshop {
 
@@ -32,6 +34,13 @@ Record RecordOf(const Type& record) {
 /// A still VOB entry has the fields of its form.
 inline Record RecordOf(const VESKA::tag_S_VOB_ENT& entry) {
   return {VESKA::kStillEntryFields[entry.Form()], fields_internal::BytesOf(entry)};
+}
+
+/// The field of that name, which has to be there.
+constexpr const VESKA::Field& FieldNamed(std::span<const VESKA::Field> fields,
+                                         std::string_view name) {
+  return *std::find_if(fields.begin(), fields.end(),
+                       [name](const VESKA::Field& field) { return name == field.name; });
 }
 
 /// True for kNumber and kDerived.

@@ -98,28 +98,30 @@ const CatalogueEntry& EntryOf(Code code) { return kCatalogue[RowOf(code)]; }
 std::string NameOf(Code code) { return "V" + std::to_string(static_cast<int>(code)); }
 
 void Findings::Add(Finding finding) {
-  const std::size_t index = RowOf(finding.code);
-  const auto severity = static_cast<std::size_t>(kCatalogue[index].severity);
-  ++by_table_[IndexOf(finding.table)][severity];
-  std::optional<Finding>& first = first_errors_[IndexOf(finding.table)];
-  if (kCatalogue[index].severity == Severity::kError && !first) first = finding;
-  if (++counts_[index] <= limit_) kept_.push_back(std::move(finding));
+  const std::size_t row = RowOf(finding.code);
+  const Severity severity = kCatalogue[row].severity;
+  ++counts_.by_severity[IndexOf(finding.table)][static_cast<std::size_t>(severity)];
+  std::optional<Finding>& first = counts_.first_errors[IndexOf(finding.table)];
+  if (severity == Severity::kError && !first) first = finding;
+  if (++counts_.by_code[row] > limit_) return;
+  ++counts_.kept;
+  kept_.push_back(std::move(finding));
 }
 
-std::size_t Findings::Count(Code code) const { return counts_[RowOf(code)]; }
+std::size_t Findings::Count(Code code) const { return counts_.by_code[RowOf(code)]; }
 
 std::size_t Findings::Count(Severity severity) const {
   std::size_t count = 0;
-  for (const auto& table : by_table_) count += table[static_cast<std::size_t>(severity)];
+  for (const TableInfo& row : kTables) count += Count(severity, row.table);
   return count;
 }
 
 std::size_t Findings::Count(Severity severity, Table table) const {
-  return by_table_[IndexOf(table)][static_cast<std::size_t>(severity)];
+  return counts_.by_severity[IndexOf(table)][static_cast<std::size_t>(severity)];
 }
 
 const Finding* Findings::FirstError(Table table) const {
-  const std::optional<Finding>& first = first_errors_[IndexOf(table)];
+  const std::optional<Finding>& first = counts_.first_errors[IndexOf(table)];
   return first ? &*first : nullptr;
 }
 
@@ -137,11 +139,9 @@ void Findings::Sort() {
   });
 }
 
-void Findings::Return(const Mark& mark) {
-  kept_.erase(kept_.begin() + static_cast<std::ptrdiff_t>(mark.kept), kept_.end());
-  counts_ = mark.counts;
-  by_table_ = mark.by_table;
-  first_errors_ = mark.first_errors;
+void Findings::Return(const Counts& counts) {
+  kept_.erase(kept_.begin() + static_cast<std::ptrdiff_t>(counts.kept), kept_.end());
+  counts_ = counts;
 }
 
 }  // namespace VESKA::workshop

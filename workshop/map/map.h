@@ -1,88 +1,15 @@
 // Which structure lies where in a file, however damaged the file is.
 #pragma once
 
-#include <veska/layouts.h>
-
 #include <cstdint>
 #include <span>
 #include <string>
 #include <vector>
 
 #include "map/findings.h"
-#include "map/image_bytes.h"
+#include "map/parts.h"
 
 namespace VESKA::workshop {
-
-/// What a structure is.
-enum class Part : unsigned char {
-  kTable,       ///< a whole table: the structures below belong to one
-  kFileHeader,  ///< in no table
-  kPlayListHeader,
-  kPlayLists,
-  kMovieHeader,
-  kMovieStreams,
-  kVobIndex,
-  kVob,
-  kVobInfo,
-  kSeamless,
-  kAudioGaps,
-  kTimeMap,
-  kTimeEntries,
-  kVobus,
-  kStillHeader,
-  kStillStreams,
-  kGroupIndex,
-  kStillGroup,
-  kGroupInfo,
-  kStillEntries,
-  kAudioStreams,
-  kAudioIndex,
-  kAudioGroup,
-  kAudioGroupInfo,
-  kAudioEntries,
-  kUserHeader,
-  kUserIndex,
-  kUserChain,
-  kChainHeader,
-  kPrograms,
-  kCellIndex,
-  kCell,
-  kMovieCellInfo,
-  kStillCellInfo,
-  kEntryPoints,
-  kTextHeader,
-  kTextIndex,
-  kTextSet,
-  kManufacturerHeader,
-  kManufacturerIndex,
-  kManufacturer,
-  kManufacturerInfo,
-  kManufacturerData
-};
-
-/// What a part is made of.
-enum class Role : unsigned char {
-  kWhole,    ///< other structures
-  kHeader,   ///< one record
-  kRun,      ///< records of one length
-  kEntries,  ///< entries whose own bytes tell their length
-  kIndex,    ///< a count and addresses
-  kBytes
-};
-
-/// What is known of a part.
-struct PartInfo {
-  Part part;
-  const char* key;  ///< that it adds to the pointer of what it belongs to; none where its fields
-                    ///< are those of the latter
-  std::span<const VESKA::Field> fields;  ///< of its record
-  Role role;
-  bool is_item = false;        ///< what people count in a table
-  bool is_never_zero = false;  ///< a record of zeros says nothing
-};
-const PartInfo& InfoOf(Part part);
-/// The size of a part's record in the file; 1 for parts that are runs of bytes.
-std::uint64_t RecordSize(Part part);
 
 /// How far a structure can be relied on.
 enum class State : unsigned char {

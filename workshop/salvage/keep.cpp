@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "map/sizes.h"
 #include "salvage/kept.h"
 
 namespace VESKA::workshop {
