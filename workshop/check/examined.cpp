@@ -28,8 +28,8 @@ TableSummary SummaryOf(const Examined& file, Table table) {
 
 void Examined::Report(Code code, const Structure& structure, std::uint64_t offset,
                       std::string stands, std::string right, std::uint32_t number) {
-  findings.Add({code, structure.table, map.PointerOf(map.PositionOf(structure), number), offset,
-                std::move(stands), std::move(right)});
+  findings.Add({code, structure.table, map.PointerOf(structure, number), offset, std::move(stands),
+                std::move(right)});
 }
 
 Examined Examine(std::span<const unsigned char> bytes, std::size_t limit) {

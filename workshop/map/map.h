@@ -51,6 +51,9 @@ class ImageMap {
   /// The place of a structure in the file's JSON document: "/movie/vobs/2/time_map". With a number,
   /// from 1, that of its record: "/play_lists/lists/1".
   std::string PointerOf(std::int32_t position, std::uint32_t record = 0) const;
+  std::string PointerOf(const Structure& structure, std::uint32_t record = 0) const {
+    return PointerOf(PositionOf(structure), record);
+  }
   /// The place of a part of a structure that need not be in the map.
   std::string PointerOf(std::int32_t parent, Table table, Part part,
                         std::uint32_t number = 0) const;
@@ -67,5 +70,16 @@ const Structure* Find(std::span<const Structure* const> structures, Part part);
 /// A count or an address is taken as it stands, unless it contradicts what surrounds it and one
 /// other value makes everything fit: then that value is used and reported as the right one.
 ImageMap MapImage(std::span<const unsigned char> bytes, Findings& findings);
+
+/// The bytes of a file, which are not owned, with its map and what was found in it.
+struct MappedFile {
+  /// Keeps `limit` findings of each code.
+  MappedFile(std::span<const unsigned char> bytes, std::size_t limit)
+      : image(bytes), findings(limit), map(MapImage(bytes, findings)) {}
+
+  ImageBytes image;
+  Findings findings;
+  ImageMap map;
+};
 
 }  // namespace VESKA::workshop

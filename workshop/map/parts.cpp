@@ -86,11 +86,18 @@ constexpr IndexInfo kIndexes[] = {
     {kTextIndex, kTextSet, 0, "IT_TXT_SA", 2, 2},
     {kManufacturerIndex, kManufacturer, kFileSize<tag_A_MNFI>, "MNFI_SA", 2}};
 
+constexpr Part kHeaders[] = {kTable,       kFileHeader,  kPlayListHeader,
+                             kMovieHeader, kStillHeader, kChainHeader,
+                             kUserHeader,  kTextHeader,  kManufacturerHeader};
+static_assert(std::size(kHeaders) == kTables.size());
+
 }  // namespace
 
 const PartInfo& InfoOf(Part part) { return kParts[static_cast<std::size_t>(part)]; }
 
 std::span<const PartInfo> Parts() { return kParts; }
+
+Part HeaderOf(Table table) { return kHeaders[IndexOf(table)]; }
 
 std::uint64_t RecordSize(Part part) {
   const auto fields = InfoOf(part).fields;

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <span>
 
+#include "basis/tables.h"
 #include "map/image_bytes.h"
 
 namespace VESKA::workshop {
@@ -87,6 +88,8 @@ struct PartInfo {
 };
 const PartInfo& InfoOf(Part part);
 std::span<const PartInfo> Parts();
+/// What a table, or the file, begins with.
+Part HeaderOf(Table table);
 /// The size of a part's record in the file; 1 for parts that are runs of bytes.
 std::uint64_t RecordSize(Part part);
 

@@ -19,21 +19,19 @@ constexpr std::uint64_t kLargestCredible = 1 << 26;
 struct Place {
   Table table;
   std::uint64_t (*walk)(Walk& walk, std::uint64_t at, const Room& room);
-  Part header;
   const char* end_address;       ///< the field of its header; a chain has none
   bool is_told_by_more = false;  ///< than its header: an empty one may be any bytes
 };
 
-constexpr Place kPlaces[] = {
-    {Table::kMovie, MovieTable, Part::kMovieHeader, "M_AVFIT_EA"},
-    {Table::kStill, StillTable, Part::kStillHeader, "S_AVFIT_EA"},
-    {Table::kOriginalChain, OriginalChain, Part::kChainHeader, nullptr, true},
-    {Table::kUserChains, UserChains, Part::kUserHeader, "UD_PGCIT_EA", true},
-    {Table::kTexts, Texts, Part::kTextHeader, "TXTDT_MG_EA", true},
-    {Table::kManufacturers, Manufacturers, Part::kManufacturerHeader, "MNFIT_EA", true}};
+constexpr Place kPlaces[] = {{Table::kMovie, MovieTable, "M_AVFIT_EA"},
+                             {Table::kStill, StillTable, "S_AVFIT_EA"},
+                             {Table::kOriginalChain, OriginalChain, nullptr, true},
+                             {Table::kUserChains, UserChains, "UD_PGCIT_EA", true},
+                             {Table::kTexts, Texts, "TXTDT_MG_EA", true},
+                             {Table::kManufacturers, Manufacturers, "MNFIT_EA", true}};
 
 std::uint64_t LeastSize(const Place& place) {
-  return RecordSize(place.header) + (place.is_told_by_more ? 1 : 0);
+  return RecordSize(HeaderOf(place.table)) + (place.is_told_by_more ? 1 : 0);
 }
 
 FileNumber HeaderField(Walk& walk, const char* name) {
@@ -64,8 +62,8 @@ void WalkTable(Walk& walk, const Place& place, std::uint64_t at) {
     walk.end = place.walk(walk, at, {next, next});
     return;
   }
-  walk.Add(place.header, at);
-  const FileNumber end_address = walk.Number(place.header, place.end_address, at);
+  walk.Add(HeaderOf(place.table), at);
+  const FileNumber end_address = walk.Number(HeaderOf(place.table), place.end_address, at);
   const std::uint64_t own = at + end_address.value + 1;
   walk.end = place.walk(walk, at, {own <= walk.claimed_end ? own : 0, walk.NextTable(at)});
   CheckEnd(walk, end_address, at, walk.end);
