@@ -1,38 +1,13 @@
 #include "report/html.h"
 
+#include <veska/workshop/text.h>
+
+#include <optional>
+
 #include "basis/text.h"
 #include "report/numbers.h"
 
 namespace VESKA::workshop {
-namespace {
-
-/// The length of the UTF-8 character that `bytes` begins with; 0 when it is none, or a control
-/// character. Overlong forms, surrogates and what lies beyond Unicode are none.
-std::size_t CharacterLength(std::span<const unsigned char> bytes) {
-  const unsigned char first = bytes[0];
-  if (first < 0x80) return first >= 0x20 && first != 0x7F ? 1 : 0;
-  const std::size_t length = first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
-  if (first < 0xC2 || first > 0xF4 || bytes.size() < length) return 0;
-  for (std::size_t i = 1; i < length; ++i) {
-    if ((bytes[i] & 0xC0) != 0x80) return 0;
-  }
-  const unsigned char second = bytes[1];
-  const bool control = first == 0xC2 && second < 0xA0;
-  const bool wrong = (first == 0xE0 && second < 0xA0) || (first == 0xED && second > 0x9F) ||
-                     (first == 0xF0 && second < 0x90) || (first == 0xF4 && second > 0x8F);
-  return control || wrong ? 0 : length;
-}
-
-bool IsText(std::span<const unsigned char> bytes) {
-  while (!bytes.empty()) {
-    const std::size_t length = CharacterLength(bytes);
-    if (length == 0) return false;
-    bytes = bytes.subspan(length);
-  }
-  return true;
-}
-
-}  // namespace
 
 std::string EscapeHtml(std::string_view text) {
   std::string html;
@@ -50,8 +25,9 @@ std::string EscapeHtml(std::string_view text) {
 
 std::string DiscText(std::span<const unsigned char> bytes, std::size_t limit) {
   while (!bytes.empty() && bytes.back() == 0) bytes = bytes.first(bytes.size() - 1);
-  const std::string text =
-      IsText(bytes) ? std::string(bytes.begin(), bytes.end()) : Readable(bytes);
+  const std::optional<std::string> utf8 = DecodeUtf8(bytes);
+  const bool is_visible = utf8 && Visible(*utf8) == *utf8;
+  const std::string text = is_visible ? *utf8 : Readable(bytes);
   std::size_t end = 0;
   for (std::size_t i = 0; i < limit && end < text.size(); ++i) {
     do {

@@ -1,9 +1,8 @@
 #include "veska/workshop/show.h"
 
-#include <veska/time_functions.h>
 #include <veska/workshop/load.h>
 
-#include <cstdio>
+#include <algorithm>
 
 #include "basis/programs.h"
 #include "basis/tables.h"
@@ -23,19 +22,11 @@ std::string PackText(std::uint64_t packs) {
   return "pack count " + std::to_string(packs) + " (" + Plural(packs * kPackSize, "byte") + ")";
 }
 
-/// Recorders put the recording time there; other bytes show no date.
+/// Nothing where the bytes show no date.
 std::string Recorded(const unsigned char* bytes) {
-  SYSTEMTIME time{};
-  GetWinTime(&time, bytes);
-  if (time.wYear < 1990 || time.wYear > 2100 || time.wMonth < 1 || time.wMonth > 12 ||
-      time.wDay < 1 || time.wHour > 23 || time.wMinute > 59 || time.wSecond > 59) {
-    return "";
-  }
-  char text[64];
-  std::snprintf(text, sizeof text, ", recorded %04u-%02u-%02u %02u:%02u:%02u", unsigned{time.wYear},
-                unsigned{time.wMonth}, unsigned{time.wDay}, unsigned{time.wHour},
-                unsigned{time.wMinute}, unsigned{time.wSecond});
-  return text;
+  std::string time = RecordingTime(bytes);
+  std::replace(time.begin(), time.end(), 'T', ' ');
+  return time.empty() ? "" : ", recorded " + time;
 }
 
 std::string Layout(const CVMGInfo& info, std::span<const unsigned char> image) {
@@ -192,13 +183,12 @@ std::string CellsText(const ProgramCells& cells) {
 
 /// The programs of a chain with their cells, then the cells that no program counts.
 void ShowChain(Outline& to, const CPGCInfo& chain) {
-  static constexpr const char* kKinds[] = {"movie", "still", "mixed", "none"};
   const std::vector<ProgramCells> programs = CellsOfPrograms(chain);
   to.List(chain.GetPGCount(), "program", [&](int i) {
     const tag_PGI& program = *chain.GetPGNode(i);
     const ProgramCells& cells = programs[static_cast<std::size_t>(i)];
     to.Section(Named("program", i, program.text_4),
-               CellsText(cells) + ", " + kKinds[chain.GetProgramVOBType(i)] + ", " +
+               CellsText(cells) + ", " + kProgramKinds[chain.GetProgramVOBType(i)] + ", " +
                    to.NamedFields(program),
                [&] { ShowCells(to, chain, cells.first, cells.there); });
   });
