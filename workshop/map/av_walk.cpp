@@ -71,8 +71,7 @@ std::uint64_t TimeMap(Walk& walk, std::uint64_t at, const Fit& fit) {
 }
 
 std::uint64_t Vob(Walk& walk, const Item& item, std::uint32_t number) {
-  std::uint64_t end = 0;
-  walk.AddWhole(Part::kVob, item.at, number, [&] {
+  return walk.AddWhole(Part::kVob, item.at, number, [&] {
     const auto info = walk.Image().Read<tag_M_VOB_GI>(item.at);
     std::uint64_t at = item.at;
     const auto add = [&](Part part) {
@@ -82,9 +81,8 @@ std::uint64_t Vob(Walk& walk, const Item& item, std::uint32_t number) {
     add(Part::kVobInfo);
     if (info.HasSeamlessInfo()) add(Part::kSeamless);
     if (info.HasAudioGaps()) add(Part::kAudioGaps);
-    end = TimeMap(walk, at, item.fit);
+    return TimeMap(walk, at, item.fit);
   });
-  return end;
 }
 
 ItemKind Vobs(Walk& walk) {
@@ -114,13 +112,11 @@ ItemKind GroupsOf(Walk& walk, Part group, Part info, Part entries, EntrySize siz
             return EndOfEntries(walk, at + RecordSize(info), walk.CountOf(entries, at).value, size);
           },
           [=, &walk](const Item& item, std::uint32_t number) {
-            std::uint64_t end = 0;
-            walk.AddWhole(group, item.at, number, [&] {
+            return walk.AddWhole(group, item.at, number, [&] {
               walk.Add(info, item.at);
-              end = AddEntries(walk, entries, item.at + RecordSize(info),
-                               walk.CountOf(entries, item.at), size, item.fit);
+              return AddEntries(walk, entries, item.at + RecordSize(info),
+                                walk.CountOf(entries, item.at), size, item.fit);
             });
-            return end;
           }};
 }
 

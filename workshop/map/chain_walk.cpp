@@ -16,8 +16,7 @@ std::uint64_t EndOfCell(Walk& walk, std::uint64_t at, bool is_still) {
 }
 
 std::uint64_t Cell(Walk& walk, const Item& item, std::uint32_t number) {
-  std::uint64_t end = 0;
-  walk.AddWhole(Part::kCell, item.at, number, [&] {
+  return walk.AddWhole(Part::kCell, item.at, number, [&] {
     bool is_still = IsStillCell(walk.Image(), item.at);
     const std::uint64_t fit = item.fit.end;
     if (fit != 0 && EndOfCell(walk, item.at, is_still) != fit &&
@@ -29,11 +28,10 @@ std::uint64_t Cell(Walk& walk, const Item& item, std::uint32_t number) {
     }
     const Part info = is_still ? Part::kStillCellInfo : Part::kMovieCellInfo;
     walk.Add(info, item.at);
-    end = AddEntries(walk, Part::kEntryPoints, item.at + RecordSize(info),
-                     walk.CountOf(Part::kEntryPoints, item.at),
-                     is_still ? StillEntryPointSize : MovieEntryPointSize, item.fit);
+    return AddEntries(walk, Part::kEntryPoints, item.at + RecordSize(info),
+                      walk.CountOf(Part::kEntryPoints, item.at),
+                      is_still ? StillEntryPointSize : MovieEntryPointSize, item.fit);
   });
-  return end;
 }
 
 std::uint64_t Chain(Walk& walk, std::uint64_t at, const Room& room) {
@@ -136,6 +134,7 @@ void Manufacturer(Walk& walk, const Item& item, std::uint32_t number) {
     const std::uint64_t data = item.at + kInformationSize;
     if (item.end > data) walk.Add(Part::kManufacturerData, data, item.end - data);
     if (item.fit.crowded) walk.SetState(State::kDoubtful);
+    return item.end;
   });
 }
 
@@ -151,10 +150,8 @@ std::uint64_t UserChains(Walk& walk, std::uint64_t at, const Room& room) {
   const ItemKind chains{
       [&walk](const Item&, std::uint64_t chain) { return EndOfChain(walk, chain); },
       [&walk](const Item& item, std::uint32_t number) {
-        std::uint64_t end = 0;
-        walk.AddWhole(Part::kUserChain, item.at, number,
-                      [&] { end = Chain(walk, item.at, item.room); });
-        return end;
+        return walk.AddWhole(Part::kUserChain, item.at, number,
+                             [&] { return Chain(walk, item.at, item.room); });
       }};
   const Index index = IndexAt(walk, Part::kUserIndex, at, at + kFileSize<tag_UD_PGCITI>);
   return WalkIndex(walk, index, room, chains);

@@ -56,24 +56,24 @@ void CheckEnd(Walk& walk, const FileNumber& end_address, std::uint64_t start, st
               end_address, "", is_known ? std::to_string(end - start - 1) : "");
 }
 
-void WalkTable(Walk& walk, const Place& place, std::uint64_t at) {
+std::uint64_t WalkTable(Walk& walk, const Place& place, std::uint64_t at) {
   if (place.end_address == nullptr) {
-    const std::uint64_t next = walk.NextTable(at);
-    walk.end = place.walk(walk, at, {next, next});
-    return;
+    return place.walk(walk, at, {walk.NextTable(at), walk.NextTable(at)});
   }
   walk.Add(HeaderOf(place.table), at);
   const FileNumber end_address = walk.Number(HeaderOf(place.table), place.end_address, at);
   const std::uint64_t own = at + end_address.value + 1;
-  walk.end = place.walk(walk, at, {own <= walk.claimed_end ? own : 0, walk.NextTable(at)});
-  CheckEnd(walk, end_address, at, walk.end);
+  const Room room{own <= walk.claimed_end ? own : 0, walk.NextTable(at)};
+  const std::uint64_t end = place.walk(walk, at, room);
+  CheckEnd(walk, end_address, at, end);
+  return end;
 }
 
 /// Returns false when the table contradicts itself, or a chain that stands apart is empty.
 bool TryTable(Walk& walk, const Place& place, std::uint64_t at) {
   const std::uint64_t behind = walk.end;
   walk.own_end = 0;
-  walk.AddWhole(Part::kTable, at, 0, [&] { WalkTable(walk, place, at); });
+  walk.end = walk.AddWhole(Part::kTable, at, 0, [&] { return WalkTable(walk, place, at); });
   if (walk.TableHasErrors()) {
     walk.end = std::max(walk.end, walk.own_end);
     return false;
@@ -186,14 +186,15 @@ std::uint64_t PlayListCount(Walk& walk, const FileNumber& count, const Room& roo
 
 void PlayLists(Walk& walk) {
   walk.table = Table::kPlayLists;
-  walk.AddWhole(Part::kTable, kHeaderSize, 0, [&] {
+  walk.end = walk.AddWhole(Part::kTable, kHeaderSize, 0, [&] {
     walk.Add(Part::kPlayListHeader, kHeaderSize);
     const FileNumber end_address = walk.Number(Part::kPlayListHeader, "PL_SRPT_EA", kHeaderSize);
     FileNumber count = walk.CountOf(Part::kPlayLists, kHeaderSize);
     const Room room{kHeaderSize + end_address.value + 1, walk.table_starts.front()};
     count.value = PlayListCount(walk, count, room);
-    walk.end = walk.AddRun(Part::kPlayLists, kPlayListsAt, count);
-    CheckEnd(walk, end_address, kHeaderSize, walk.end);
+    const std::uint64_t end = walk.AddRun(Part::kPlayLists, kPlayListsAt, count);
+    CheckEnd(walk, end_address, kHeaderSize, end);
+    return end;
   });
   const bool is_known = !walk.TableHasErrors();
   walk.table = Table::kHeader;

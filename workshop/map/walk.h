@@ -87,14 +87,15 @@ class Walk {
   /// Adds a structure of one record, or of bytes; what lies behind the end of the file is reported.
   std::int32_t Add(Part part, std::uint64_t offset, std::uint64_t size, std::uint32_t number = 0);
   std::int32_t Add(Part part, std::uint64_t offset) { return Add(part, offset, RecordSize(part)); }
-  /// Adds one that is made of the structures that `action` adds.
+  /// Adds one that is made of the structures that `action` adds, and returns the end that it does.
   template <class Action>
-  void AddWhole(Part part, std::uint64_t offset, std::uint32_t number, Action&& action) {
+  std::uint64_t AddWhole(Part part, std::uint64_t offset, std::uint32_t number, Action&& action) {
     const std::int32_t outside = parent_;
     parent_ = Append(part, offset, 0, number);
-    action();
+    const std::uint64_t whole_end = action();
     SetSize(parent_);
     parent_ = outside;
+    return whole_end;
   }
   /// Adds `count` records of one length, as far as the file goes. Returns where they end.
   std::uint64_t AddRun(Part part, std::uint64_t offset, const FileNumber& count);
