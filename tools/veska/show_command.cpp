@@ -11,6 +11,8 @@
 namespace veska_tool {
 namespace {
 
+using namespace VESKA::workshop;
+
 struct Options : InputOptions {
   std::vector<std::string> files;
 };
@@ -39,7 +41,6 @@ std::function<ExitStatus()> Declare(CLI::App& app) {
 
 }  // namespace
 
-extern const Command kShowCommand;
 const Command kShowCommand = {
     "show", "Show what is in a management file, as a tree",
     "Programs, cells, play lists, chains and all other items are numbered from 1, as the file's\n"
