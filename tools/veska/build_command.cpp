@@ -1,13 +1,13 @@
 #include <veska/workshop/json.h>
 
-#include <memory>
-
 #include "command.h"
 #include "in_out.h"
 #include "tool_io.h"
 
 namespace veska_tool {
 namespace {
+
+using namespace VESKA::workshop;
 
 ExitStatus RunBuild(const InOut& files) {
   CheckOutput(files.output, files.force);
@@ -19,21 +19,17 @@ ExitStatus RunBuild(const InOut& files) {
   });
 }
 
-std::function<ExitStatus()> Declare(CLI::App& app) {
-  auto files = std::make_shared<InOut>();
-  DeclareInOut(app, *files, {"IN.json", "What `veska export` wrote"},
-               {"OUT.ifo", kOutputFile.help});
-  return [files] { return RunBuild(*files); };
+void DeclareOptions(CLI::App& app, InOut& files) {
+  DeclareInOut(app, files, {"IN.json", "What `veska export` wrote"}, {"OUT.ifo", kOutputFile.help});
 }
 
 }  // namespace
 
-extern const Command kBuildCommand;
 const Command kBuildCommand = {
     "build", "Make a management file from its JSON",
     "Counts, sizes and addresses are computed. A key that is not known, is missing or holds what\n"
     "does not fit is a mistake: it is named by its JSON pointer with what was expected there, and\n"
     "nothing is written.\n",
-    "  veska build disc.json -o VR_MANGR.IFO\n", Declare};
+    "  veska build disc.json -o VR_MANGR.IFO\n", Declare<InOut, DeclareOptions, RunBuild>};
 
 }  // namespace veska_tool

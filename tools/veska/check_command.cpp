@@ -3,7 +3,6 @@
 #include <CLI/CLI.hpp>
 #include <iostream>
 #include <map>
-#include <memory>
 #include <mutex>
 #include <string>
 #include <utility>
@@ -16,6 +15,8 @@
 
 namespace veska_tool {
 namespace {
+
+using namespace VESKA::workshop;
 
 constexpr unsigned kDefaultLimit = 20;
 
@@ -98,27 +99,24 @@ ExitStatus CheckInputs(const Options& options) {
   return status;
 }
 
-std::function<ExitStatus()> Declare(CLI::App& app) {
-  auto options = std::make_shared<Options>();
-  app.add_option("INPUT", options->inputs, kInputHelp)->required();
-  CLI::Option* json = app.add_flag("--json", options->json, "Print JSON");
-  app.add_flag("--summary", options->summary,
+void DeclareOptions(CLI::App& app, Options& options) {
+  app.add_option("INPUT", options.inputs, kInputHelp)->required();
+  CLI::Option* json = app.add_flag("--json", options.json, "Print JSON");
+  app.add_flag("--summary", options.summary,
                "Print how often each code was found in all files together instead")
       ->excludes(json);
-  app.add_flag("--warnings-as-errors", options->warnings_as_errors,
+  app.add_flag("--warnings-as-errors", options.warnings_as_errors,
                "Exit with 1 for warnings as well");
-  app.add_option("--limit", options->limit,
+  app.add_option("--limit", options.limit,
                  "Print at most this many findings of each code, 0 for all")
       ->type_name("N")
       ->capture_default_str();
-  DeclareJobs(app, options->jobs);
-  DeclareInputOptions(app, *options, true);
-  return [options] { return CheckInputs(*options); };
+  DeclareJobs(app, options.jobs);
+  DeclareInputOptions(app, options, true);
 }
 
 }  // namespace
 
-extern const Command kCheckCommand;
 const Command kCheckCommand = {
     "check", "Find what is inconsistent in management files",
     "Examines a file however damaged it is, and prints for each finding the offset in the file, a\n"
@@ -128,6 +126,6 @@ const Command kCheckCommand = {
     "codes.\n",
     "  veska check VR_MANGR.IFO\n"
     "  veska check --json --warnings-as-errors discs/*/DVD_RTAV/VR_MANGR.IFO\n",
-    Declare};
+    Declare<Options, DeclareOptions, CheckInputs>};
 
 }  // namespace veska_tool

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <span>
 #include <stdexcept>
 #include <string>
@@ -11,11 +12,7 @@ namespace CLI {
 class App;
 }
 
-namespace VESKA::workshop {}
-
 namespace veska_tool {
-
-using namespace VESKA::workshop;
 
 inline constexpr const char* kToolSummary =
     "Read, edit, complete and write the management file of DVD Video Recording discs";
@@ -49,6 +46,20 @@ struct Command {
 
 /// All commands, in the order of the help.
 std::span<const Command* const> Commands();
+
+extern const Command kBuildCommand, kCheckCommand, kCompleteCommand, kDiffCommand, kEditCommand,
+    kExportCommand, kHelpCommand, kListCommand, kLocateCommand, kReportCommand, kSalvageCommand,
+    kShowCommand;
+
+/// What declares a command: `declare` adds the options, into which the parser writes what is given
+/// before `run` is called.
+template <class Options, void (*declare)(CLI::App& app, Options& options),
+          ExitStatus (*run)(const Options& options)>
+std::function<ExitStatus()> Declare(CLI::App& app) {
+  auto options = std::make_shared<Options>();
+  declare(app, *options);
+  return [options] { return run(*options); };
+}
 
 /// Ends a command with one line on standard error, `veska: WHERE: WHAT`, and an exit status.
 class Failure : public std::runtime_error {

@@ -11,19 +11,6 @@
 
 namespace veska_tool {
 
-extern const Command kBuildCommand;
-extern const Command kCheckCommand;
-extern const Command kCompleteCommand;
-extern const Command kDiffCommand;
-extern const Command kEditCommand;
-extern const Command kExportCommand;
-extern const Command kHelpCommand;
-extern const Command kListCommand;
-extern const Command kLocateCommand;
-extern const Command kReportCommand;
-extern const Command kSalvageCommand;
-extern const Command kShowCommand;
-
 namespace {
 
 constexpr const Command* kCommands[] = {
@@ -102,9 +89,10 @@ ExitStatus Caught(const std::string& where, Notes& notes,
   } catch (const Failure& failure) {
     notes.push_back({failure.Where(), failure.what()});
     return failure.Status();
-  } catch (const Error& error) {
+  } catch (const VESKA::workshop::Error& error) {
     notes.push_back({where, error.what()});
-    return error.Kind() == ErrorKind::kRequest ? ExitStatus::kUsage : ExitStatus::kFound;
+    return error.Kind() == VESKA::workshop::ErrorKind::kRequest ? ExitStatus::kUsage
+                                                                : ExitStatus::kFound;
   } catch (const std::bad_alloc&) {
     notes.push_back({where, "there is not enough memory"});
     return ExitStatus::kFile;

@@ -1,5 +1,3 @@
-#include <memory>
-
 #include "command.h"
 #include "in_out.h"
 #include "tool_io.h"
@@ -15,19 +13,15 @@ ExitStatus RunComplete(const InOut& files) {
   return ExitStatus::kDone;
 }
 
-std::function<ExitStatus()> Declare(CLI::App& app) {
-  auto files = std::make_shared<InOut>();
-  DeclareDiscInOut(app, *files, kOutputFile);
-  return [files] { return RunComplete(*files); };
-}
+void DeclareOptions(CLI::App& app, InOut& files) { DeclareDiscInOut(app, files, kOutputFile); }
 
 }  // namespace
 
-extern const Command kCompleteCommand;
 const Command kCompleteCommand = {
     "complete", "Load a management file, compute what follows from its tables, and save it",
     "The tables are laid out one after the other in the order of the format; counts, sizes and\n"
     "addresses are set by what the tables hold. All else stays as it is. OUT may be IN.\n",
-    "  veska complete VR_MANGR.IFO -o completed.ifo\n", Declare};
+    "  veska complete VR_MANGR.IFO -o completed.ifo\n",
+    Declare<InOut, DeclareOptions, RunComplete>};
 
 }  // namespace veska_tool

@@ -11,6 +11,8 @@
 namespace veska_tool {
 namespace {
 
+using namespace VESKA::workshop;
+
 struct Options : InputOptions {
   std::string a;
   std::string b;
@@ -42,24 +44,21 @@ ExitStatus RunDiff(const Options& options) {
   return ExitStatus::kFound;
 }
 
-std::function<ExitStatus()> Declare(CLI::App& app) {
-  auto options = std::make_shared<Options>();
-  app.add_option("A", options->a, std::string("First: ") + kInputHelp)->required();
-  app.add_option("B", options->b, "Second, as the first")->required();
-  app.add_flag("--all", options->all, "Compare counts, sizes and addresses even if more differs");
-  DeclareInputOptions(app, *options, false);
-  DeclareEncoding(app, options->encoding);
-  return [options] { return RunDiff(*options); };
+void DeclareOptions(CLI::App& app, Options& options) {
+  app.add_option("A", options.a, std::string("First: ") + kInputHelp)->required();
+  app.add_option("B", options.b, "Second, as the first")->required();
+  app.add_flag("--all", options.all, "Compare counts, sizes and addresses even if more differs");
+  DeclareInputOptions(app, options, false);
+  DeclareEncoding(app, options.encoding);
 }
 
 }  // namespace
 
-extern const Command kDiffCommand;
 const Command kDiffCommand = {
     "diff", "Show what differs between two management files",
     "One line for each field that differs, and for each record that only one of both has. Items\n"
     "are numbered from 1, as they stand in the first file. What completing derives (counts,\n"
     "sizes, addresses) is compared when all else is equal, or with --all.\n",
-    "  veska diff before.ifo after.ifo\n", Declare};
+    "  veska diff before.ifo after.ifo\n", Declare<Options, DeclareOptions, RunDiff>};
 
 }  // namespace veska_tool

@@ -2,7 +2,6 @@
 
 #include <CLI/CLI.hpp>
 #include <iostream>
-#include <memory>
 
 #include "command.h"
 #include "encoding.h"
@@ -11,6 +10,8 @@
 
 namespace veska_tool {
 namespace {
+
+using namespace VESKA::workshop;
 
 namespace fs = std::filesystem;
 
@@ -95,19 +96,17 @@ ExitStatus Run(const Options& options) {
   return ExitStatus::kDone;
 }
 
-std::function<ExitStatus()> Declare(CLI::App& app) {
-  auto options = std::make_shared<Options>();
-  app.add_option("IN", options->input, kInputHelp)->required();
-  app.add_option("OPERATION", options->words, "What to do, in this order; see below")->required();
-  app.add_option("-o,--output", options->output, "The file to write; - is standard output")
+void DeclareOptions(CLI::App& app, Options& options) {
+  app.add_option("IN", options.input, kInputHelp)->required();
+  app.add_option("OPERATION", options.words, "What to do, in this order; see below")->required();
+  app.add_option("-o,--output", options.output, "The file to write; - is standard output")
       ->type_name("OUT");
-  app.add_flag("--in-place", options->in_place,
+  app.add_flag("--in-place", options.in_place,
                "Write the result over IN, and keep what IN was as IN.bak");
-  app.add_flag("--dry-run", options->dry_run, "Write nothing; show what would change");
-  app.add_flag("--force", options->force, "Overwrite OUT, or IN.bak");
-  DeclareInputOptions(app, *options, false);
-  DeclareEncoding(app, options->encoding);
-  return [options] { return Run(*options); };
+  app.add_flag("--dry-run", options.dry_run, "Write nothing; show what would change");
+  app.add_flag("--force", options.force, "Overwrite OUT, or IN.bak");
+  DeclareInputOptions(app, options, false);
+  DeclareEncoding(app, options.encoding);
 }
 
 std::string Description() {
@@ -137,12 +136,11 @@ const std::string kDescription = Description();
 
 }  // namespace
 
-extern const Command kEditCommand;
 const Command kEditCommand = {
     "edit", "Edit a management file and keep all references in step", kDescription.c_str(),
     "  veska edit VR_MANGR.IFO -o NEW.IFO delete-program 3 move-cell 5 1\n"
     "  veska edit VR_MANGR.IFO --dry-run join-programs 2\n"
     "  veska edit VR_MANGR.IFO --in-place set-program-text 1 'Evening news'\n",
-    Declare};
+    Declare<Options, DeclareOptions, Run>};
 
 }  // namespace veska_tool

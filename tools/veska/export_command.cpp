@@ -9,6 +9,8 @@
 namespace veska_tool {
 namespace {
 
+using namespace VESKA::workshop;
+
 struct Options : InputOptions {
   std::vector<std::string> files;
   std::string output = "-";
@@ -59,21 +61,18 @@ ExitStatus RunExport(const Options& options) {
   return ExitStatus::kDone;
 }
 
-std::function<ExitStatus()> Declare(CLI::App& app) {
-  auto options = std::make_shared<Options>();
-  app.add_option("FILE", options->files, std::string(kInputHelp) + "; several with --lines");
-  app.add_option("-o,--output", options->output, "JSON file to write; - is standard output")
+void DeclareOptions(CLI::App& app, Options& options) {
+  app.add_option("FILE", options.files, std::string(kInputHelp) + "; several with --lines");
+  app.add_option("-o,--output", options.output, "JSON file to write; - is standard output")
       ->type_name("OUT.json");
-  app.add_flag("--lines", options->lines, "Write one compact line for each file, which it names");
-  app.add_flag("--schema", options->schema, "Write the JSON Schema of these documents instead");
-  app.add_flag("--force", options->force, "Overwrite an existing OUT.json");
-  DeclareInputOptions(app, *options, true);
-  return [options] { return RunExport(*options); };
+  app.add_flag("--lines", options.lines, "Write one compact line for each file, which it names");
+  app.add_flag("--schema", options.schema, "Write the JSON Schema of these documents instead");
+  app.add_flag("--force", options.force, "Overwrite an existing OUT.json");
+  DeclareInputOptions(app, options, true);
 }
 
 }  // namespace
 
-extern const Command kExportCommand;
 const Command kExportCommand = {
     "export", "Write a management file as JSON, without loss",
     "Every byte of every record is in it: numbers as numbers, bytes without meaning as hex, with\n"
@@ -81,6 +80,6 @@ const Command kExportCommand = {
     "addresses) is left out. `veska build` makes the file again.\n",
     "  veska export VR_MANGR.IFO -o disc.json\n"
     "  veska export --lines */VR_MANGR.IFO | jq -r '[.file, .header.text_93.text] | @tsv'\n",
-    Declare};
+    Declare<Options, DeclareOptions, RunExport>};
 
 }  // namespace veska_tool

@@ -46,7 +46,6 @@ std::function<ExitStatus()> Declare(CLI::App& app) {
 
 }  // namespace
 
-extern const Command kHelpCommand;
 const Command kHelpCommand = {
     "help", "Print this help, that of a command, the manual page or a completion", "",
     "  veska help check\n"

@@ -2,7 +2,6 @@
 
 #include <CLI/CLI.hpp>
 #include <iostream>
-#include <memory>
 
 #include "command.h"
 #include "encoding.h"
@@ -13,8 +12,7 @@
 namespace veska_tool {
 namespace {
 
-using VESKA::workshop::Listing;
-using VESKA::workshop::RowOf;
+using namespace VESKA::workshop;
 
 struct Options : InputOptions {
   std::vector<std::string> inputs;
@@ -39,40 +37,37 @@ ExitStatus Run(const Options& options) {
   InputWork work{.jobs = options.jobs};
   work.action = [&options, decode = Encoding(options.encoding).Decoder()](const Input& input,
                                                                           std::ostream& out) {
-    const Listing listing = VESKA::workshop::ListingOf(input.bytes, decode);
+    const Listing listing = ListingOf(input.bytes, decode);
     out << Text(listing, input.name, options);
-    const bool is_sound = listing.status == VESKA::workshop::DiscStatus::kSound;
+    const bool is_sound = listing.status == DiscStatus::kSound;
     return is_sound && !input.is_backup ? ExitStatus::kDone : ExitStatus::kFound;
   };
   if (wants_rows) {  // a table tells of every input
     work.print_bad = [&options](const std::string& argument, const std::string& reason,
                                 std::ostream& out) {
-      out << Text(VESKA::workshop::BadListing(reason), NameOfInput(argument), options);
+      out << Text(BadListing(reason), NameOfInput(argument), options);
     };
   }
   if (options.csv) {
-    std::cout << VESKA::workshop::CsvHeads(options.programs ? RowOf::kProgram : RowOf::kDisc);
+    std::cout << CsvHeads(options.programs ? RowOf::kProgram : RowOf::kDisc);
   }
   return ForEachInput(options.inputs, options, work);
 }
 
-std::function<ExitStatus()> Declare(CLI::App& app) {
-  auto options = std::make_shared<Options>();
-  app.add_option("INPUT", options->inputs, kInputHelp)->required();
+void DeclareOptions(CLI::App& app, Options& options) {
+  app.add_option("INPUT", options.inputs, kInputHelp)->required();
   CLI::Option* json =
-      app.add_flag("--json", options->json, "Print a JSON object on a line for each disc");
-  app.add_flag("--csv", options->csv, "Print a row of comma-separated values for each disc")
+      app.add_flag("--json", options.json, "Print a JSON object on a line for each disc");
+  app.add_flag("--csv", options.csv, "Print a row of comma-separated values for each disc")
       ->excludes(json);
-  app.add_flag("--programs", options->programs, "Print one for each program instead");
-  DeclareInputOptions(app, *options, true);
-  DeclareJobs(app, options->jobs);
-  DeclareEncoding(app, options->encoding);
-  return [options] { return Run(*options); };
+  app.add_flag("--programs", options.programs, "Print one for each program instead");
+  DeclareInputOptions(app, options, true);
+  DeclareJobs(app, options.jobs);
+  DeclareEncoding(app, options.encoding);
 }
 
 }  // namespace
 
-extern const Command kListCommand;
 const Command kListCommand = {
     "list", "Tell what is on a disc",
     "One screen a disc: its text, the programs with their playing times, the play lists, and the\n"
@@ -84,6 +79,6 @@ const Command kListCommand = {
     "  veska list /media/dvd\n"
     "  veska list --csv archive/*.iso > discs.csv\n"
     "  veska list --encoding SHIFT_JIS /dev/sr0\n",
-    Declare};
+    Declare<Options, DeclareOptions, Run>};
 
 }  // namespace veska_tool

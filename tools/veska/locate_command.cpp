@@ -2,7 +2,6 @@
 
 #include <CLI/CLI.hpp>
 #include <iostream>
-#include <memory>
 #include <nlohmann/json.hpp>
 
 #include "command.h"
@@ -13,7 +12,7 @@
 namespace veska_tool {
 namespace {
 
-using VESKA::workshop::Located;
+using namespace VESKA::workshop;
 
 struct Options {
   std::vector<std::string> images;
@@ -66,16 +65,13 @@ ExitStatus Run(const Options& options) {
   return worst;
 }
 
-std::function<ExitStatus()> Declare(CLI::App& app) {
-  auto options = std::make_shared<Options>();
-  app.add_option("IMAGE", options->images, "Images of discs, or devices")->required();
-  app.add_flag("--json", options->json, "Print a JSON object on a line for each file found");
-  return [options] { return Run(*options); };
+void DeclareOptions(CLI::App& app, Options& options) {
+  app.add_option("IMAGE", options.images, "Images of discs, or devices")->required();
+  app.add_flag("--json", options.json, "Print a JSON object on a line for each file found");
 }
 
 }  // namespace
 
-extern const Command kLocateCommand;
 const Command kLocateCommand = {
     "locate", "Find management files in the image of a disc",
     "Looks at every sector of an image or a device, whatever has become of its file system, and\n"
@@ -84,6 +80,6 @@ const Command kLocateCommand = {
     "is written into the image. The other commands take what was found with --at OFFSET.\n",
     "  veska locate disc.iso\n"
     "  veska salvage --at 1234944 disc.iso -o VR_MANGR.IFO\n",
-    Declare};
+    Declare<Options, DeclareOptions, Run>};
 
 }  // namespace veska_tool

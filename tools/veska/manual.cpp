@@ -110,7 +110,7 @@ std::string OptionWords(const CLI::App& app) {
 
 std::string OperationWords() {
   std::string words;
-  for (const Operation& operation : Operations()) {
+  for (const auto& operation : VESKA::workshop::Operations()) {
     words += (words.empty() ? "" : " ") + std::string(operation.name);
   }
   return words;

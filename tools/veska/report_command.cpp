@@ -1,7 +1,6 @@
 #include <veska/workshop/report.h>
 
 #include <CLI/CLI.hpp>
-#include <memory>
 #include <string>
 
 #include "command.h"
@@ -11,6 +10,8 @@
 
 namespace veska_tool {
 namespace {
+
+using namespace VESKA::workshop;
 
 struct Options : InOut {
   std::string field_rate;
@@ -32,26 +33,23 @@ ExitStatus Run(const Options& options) {
   });
 }
 
-std::function<ExitStatus()> Declare(CLI::App& app) {
-  auto options = std::make_shared<Options>();
-  DeclareDiscInOut(app, *options, {"OUT.html", "The page to write"});
+void DeclareOptions(CLI::App& app, Options& options) {
+  DeclareDiscInOut(app, options, {"OUT.html", "The page to write"});
   app.add_option(
-         "--field-rate", options->field_rate,
+         "--field-rate", options.field_rate,
          "Video fields a second, 50 or 59.94; told from the clock values of the VOBs unless given")
       ->type_name("RATE")
       ->check(CLI::IsMember({"50", "59.94"}).description(""));
-  DeclareEncoding(app, options->encoding);
-  return [options] { return Run(*options); };
+  DeclareEncoding(app, options.encoding);
 }
 
 }  // namespace
 
-extern const Command kReportCommand;
 const Command kReportCommand = {
     "report", "Draw a management file as a web page",
     "The page holds all that it needs: a map of the file, the programs and cells to scale, the\n"
     "play lists, and the bitrate of every movie VOB over time. It works without scripts, in light\n"
     "and in dark.\n",
-    "  veska report VR_MANGR.IFO -o report.html\n", Declare};
+    "  veska report VR_MANGR.IFO -o report.html\n", Declare<Options, DeclareOptions, Run>};
 
 }  // namespace veska_tool

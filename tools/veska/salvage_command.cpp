@@ -1,7 +1,6 @@
 #include <veska/workshop/salvage.h>
 
 #include <iostream>
-#include <memory>
 
 #include "command.h"
 #include "in_out.h"
@@ -9,6 +8,8 @@
 
 namespace veska_tool {
 namespace {
+
+using namespace VESKA::workshop;
 
 ExitStatus RunSalvage(const InOut& files) {
   CheckOutput(files.output, files.force);
@@ -24,15 +25,10 @@ ExitStatus RunSalvage(const InOut& files) {
   return result.is_whole ? ExitStatus::kDone : ExitStatus::kFound;
 }
 
-std::function<ExitStatus()> Declare(CLI::App& app) {
-  auto files = std::make_shared<InOut>();
-  DeclareDiscInOut(app, *files, kOutputFile);
-  return [files] { return RunSalvage(*files); };
-}
+void DeclareOptions(CLI::App& app, InOut& files) { DeclareDiscInOut(app, files, kOutputFile); }
 
 }  // namespace
 
-extern const Command kSalvageCommand;
 const Command kSalvageCommand = {
     "salvage", "Write what can still be read of a damaged management file",
     "Reads table by table, and record by record where that is sound, and reports what was lost.\n"
@@ -42,6 +38,6 @@ const Command kSalvageCommand = {
     "lost or taken otherwise, and when nothing could be read; then nothing is written. The report\n"
     "goes to standard error when OUT is standard output. An undamaged file is written in the\n"
     "canonical layout. OUT may be IN.\n",
-    "  veska salvage VR_MANGR.IFO -o salvaged.ifo\n", Declare};
+    "  veska salvage VR_MANGR.IFO -o salvaged.ifo\n", Declare<InOut, DeclareOptions, RunSalvage>};
 
 }  // namespace veska_tool

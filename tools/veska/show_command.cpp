@@ -12,6 +12,8 @@
 namespace veska_tool {
 namespace {
 
+using namespace VESKA::workshop;
+
 struct Options : InputOptions {
   std::vector<std::string> files;
   std::string encoding;
@@ -44,7 +46,6 @@ std::function<ExitStatus()> Declare(CLI::App& app) {
 
 }  // namespace
 
-extern const Command kShowCommand;
 const Command kShowCommand = {
     "show", "Show what is in a management file, as a tree",
     "Programs, cells, play lists, chains and all other items are numbered from 1, as the file's\n"

@@ -110,7 +110,7 @@ std::string NameOf(const fs::path& path) {
 #else
   const std::string text = path.string();
 #endif
-  return Visible({text.begin(), text.end()});
+  return VESKA::workshop::Visible({text.begin(), text.end()});
 }
 
 bool IsStandard(const std::string& argument) { return argument == "-"; }
@@ -211,7 +211,8 @@ void FlushStandardOutput() {
 }
 
 void Message(const std::string& where, const std::string& what) {
-  std::cerr << "veska: " << Visible(where.empty() ? what : where + ": " + what) << "\n";
+  std::cerr << "veska: " << VESKA::workshop::Visible(where.empty() ? what : where + ": " + what)
+            << "\n";
 }
 
 bool OutputIsTerminal() { return IsTerminal(stdout); }

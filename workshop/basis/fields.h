@@ -3,9 +3,12 @@
 
 #include <veska/layouts.h>
 
+#include <algorithm>
+#include <bit>
 #include <cstdint>
 #include <cstring>
 #include <span>
+#include <string_view>
 
 namespace VESKA::workshop {
 
@@ -34,6 +37,13 @@ inline Record RecordOf(const VESKA::tag_S_VOB_ENT& entry) {
   return {VESKA::kStillEntryFields[entry.Form()], fields_internal::BytesOf(entry)};
 }
 
+/// The field of that name, which has to be there.
+constexpr const VESKA::Field& FieldNamed(std::span<const VESKA::Field> fields,
+                                         std::string_view name) {
+  return *std::find_if(fields.begin(), fields.end(),
+                       [name](const VESKA::Field& field) { return name == field.name; });
+}
+
 /// True for kNumber and kDerived.
 inline bool IsNumber(const VESKA::Field& field) {
   return field.kind == VESKA::FieldKind::kNumber || field.kind == VESKA::FieldKind::kDerived;
@@ -44,51 +54,21 @@ inline std::span<unsigned char> FieldBytes(const Record& record, const VESKA::Fi
   return {record.bytes + field.offset, field.width};
 }
 
-namespace fields_internal {
-
-template <class Number>
-std::uint64_t Get(const unsigned char* from) {
-  Number number{};
-  std::memcpy(&number, from, sizeof number);
-  return number;
+/// Where the low `width` bytes of a 64-bit number stand in memory.
+constexpr unsigned LowBytesAt(unsigned width) {
+  return std::endian::native == std::endian::big ? 8 - width : 0;
 }
-
-template <class Number>
-void Set(unsigned char* to, std::uint64_t value) {
-  const auto number = static_cast<Number>(value);
-  std::memcpy(to, &number, sizeof number);
-}
-
-}  // namespace fields_internal
 
 /// The number of 1, 2, 4 or 8 bytes that stands at `from` in host order.
 inline std::uint64_t GetNumber(const unsigned char* from, unsigned width) {
-  using namespace fields_internal;
-  switch (width) {
-    case 1:
-      return *from;
-    case 2:
-      return Get<std::uint16_t>(from);
-    case 4:
-      return Get<std::uint32_t>(from);
-    default:
-      return Get<std::uint64_t>(from);
-  }
+  unsigned char number[sizeof(std::uint64_t)] = {};
+  std::memcpy(number + LowBytesAt(width), from, width);
+  return std::bit_cast<std::uint64_t>(number);
 }
 
 /// Stores the low `width` bytes of `value` at `to`, in host order.
 inline void SetNumber(unsigned char* to, unsigned width, std::uint64_t value) {
-  using namespace fields_internal;
-  switch (width) {
-    case 1:
-      return Set<std::uint8_t>(to, value);
-    case 2:
-      return Set<std::uint16_t>(to, value);
-    case 4:
-      return Set<std::uint32_t>(to, value);
-    default:
-      return Set<std::uint64_t>(to, value);
-  }
+  std::memcpy(to, reinterpret_cast<const unsigned char*>(&value) + LowBytesAt(width), width);
 }
 
 /// The big-endian number of `width` bytes that stands at `from`.

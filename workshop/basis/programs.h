@@ -17,6 +17,9 @@ struct ProgramCells {
   int End() const { return first + counted; }
 };
 
+/// What CPGCInfo::GetProgramVOBType tells, in words.
+inline constexpr const char* kProgramKinds[] = {"movie", "still", "mixed", "none"};
+
 /// The cells of each program of a chain, in order.
 inline std::vector<ProgramCells> CellsOfPrograms(const CPGCInfo& chain) {
   std::vector<ProgramCells> programs;

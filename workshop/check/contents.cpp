@@ -2,7 +2,6 @@
 
 #include "basis/text.h"
 #include "check/examined.h"
-#include "map/sizes.h"
 
 namespace VESKA::workshop {
 namespace {

@@ -2,8 +2,6 @@
 
 #include <utility>
 
-#include "map/census.h"
-
 namespace VESKA::workshop {
 namespace {
 
@@ -17,9 +15,12 @@ TableSummary SummaryOf(const Examined& file, Table table) {
                         : file.HasErrors(table)          ? Condition::kDamaged
                                                          : Condition::kSound;
   }
-  const Items items = ItemsOf(file.map, table);
-  summary.items = items.all;
-  summary.readable = items.whole;
+  for (const Structure& item : file.map.structures) {
+    if (item.table != table || !InfoOf(item.part).is_item) continue;
+    const bool is_run = InfoOf(item.part).role == Role::kRun;
+    summary.items += is_run ? item.count : 1;
+    summary.readable += is_run ? item.count : item.state == State::kWhole ? 1 : 0;
+  }
   return summary;
 }
 
@@ -27,8 +28,8 @@ TableSummary SummaryOf(const Examined& file, Table table) {
 
 void Examined::Report(Code code, const Structure& structure, std::uint64_t offset,
                       std::string stands, std::string right, std::uint32_t number) {
-  findings.Add({code, structure.table, map.PointerOf(map.PositionOf(structure), number), offset,
-                std::move(stands), std::move(right)});
+  findings.Add({code, structure.table, map.PointerOf(structure, number), offset, std::move(stands),
+                std::move(right)});
 }
 
 Examined Examine(std::span<const unsigned char> bytes, std::size_t limit) {

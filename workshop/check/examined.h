@@ -5,19 +5,13 @@
 #include <span>
 #include <string>
 
-#include "map/findings.h"
-#include "map/image_bytes.h"
 #include "map/map.h"
 
 namespace VESKA::workshop {
 
-struct Examined {
-  /// Maps the file, which is not owned; keeps `limit` findings of each code.
+struct Examined : MappedFile {
   Examined(std::span<const unsigned char> file_bytes, std::size_t limit)
-      : bytes(file_bytes),
-        image(file_bytes),
-        findings(limit),
-        map(MapImage(file_bytes, findings)) {}
+      : MappedFile(file_bytes, limit), bytes(file_bytes) {}
 
   /// Adds a finding on a structure or, with a number from 1, on that record of it.
   void Report(Code code, const Structure& structure, std::uint64_t offset, std::string stands,
@@ -25,9 +19,6 @@ struct Examined {
   bool HasErrors(Table table) const { return findings.Count(Severity::kError, table) != 0; }
 
   std::span<const unsigned char> bytes;
-  ImageBytes image;
-  Findings findings;
-  ImageMap map;
   bool loads = false;  ///< the library loads the file
 };
 

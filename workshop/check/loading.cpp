@@ -10,43 +10,45 @@ namespace {
 
 using Image = std::vector<unsigned char>;
 
-bool Loads(CVMGInfo& info, Image& image, unsigned char flags) {
+bool Loads(CVMGInfo& info, Image& image, unsigned char flags = CVMGInfo::kLoadAll) {
   return info.LoadFromMemory(image.data(), static_cast<unsigned long>(image.size()), flags);
 }
 
-/// The image with every other table that is always loaded made empty.
-Image OnlyTable(std::span<const unsigned char> bytes, Table table) {
-  Image image(bytes.begin(), bytes.end());
-  std::copy(kFileIdentifier.begin(), kFileIdentifier.end(), image.begin());
-  constexpr std::size_t kPlayLists = kFileSize<tag_VMGI_MAT_HEADER>;
-  if (table != Table::kPlayLists) {
-    image.resize(std::max(image.size(), kPlayLists + kFileSize<tag_PL_SRPTI>));
-    image[kPlayLists + offsetof(tag_PL_SRPTI, PL_SRP_Ns)] = 0;
-  }
-  if (table != Table::kOriginalChain) {
-    const std::size_t end = image.size();
+/// Makes a table that is always loaded an empty one, which loads.
+void MakeEmpty(Image& image, Table table) {
+  const std::size_t end = image.size();
+  if (table == Table::kPlayLists) {
+    constexpr std::size_t kAt = kFileSize<tag_VMGI_MAT_HEADER>;
+    image.resize(std::max(end, kAt + kFileSize<tag_PL_SRPTI>));
+    image[kAt + offsetof(tag_PL_SRPTI, PL_SRP_Ns)] = 0;
+  } else {
     image.resize(end + kFileSize<tag_PGC_GI>);
     SetBigEndian(&image[offsetof(tag_VMGI_MAT_HEADER, ORG_PGCI_SA)],
                  sizeof(tag_VMGI_MAT_HEADER::ORG_PGCI_SA), end);
   }
-  return image;
 }
 
-void ReportWhatDoesNotLoad(Examined& file, CVMGInfo& info) {
-  for (const TableInfo& row : kTables) {
-    if (row.table < Table::kPlayLists) continue;
-    Image only = OnlyTable(file.bytes, row.table);
-    if (Loads(info, only, row.flag)) continue;
-    const Finding* cause = file.findings.FirstError(row.table);
-    file.findings.Add(
-        {Code::kDoesNotLoad, row.table, PointerOf(row.table), cause != nullptr ? cause->offset : 0,
-         cause != nullptr ? InWords(cause->pointer) + ": " + EntryOf(cause->code).title
-                          : "it needs more memory than its size allows",
-         ""});
+static_assert(static_cast<int>(FailureTable::kManufacturers) ==
+              static_cast<int>(Table::kManufacturers));
+
+/// Each table that does not load is found by loading without those before it.
+void ReportWhatDoesNotLoad(Examined& file, CVMGInfo& info, Image& image) {
+  std::copy(kFileIdentifier.begin(), kFileIdentifier.end(), image.begin());
+  unsigned flags = CVMGInfo::kLoadAll;
+  for (std::size_t i = 0; i < kTables.size(); ++i) {
+    if (Loads(info, image, static_cast<unsigned char>(flags))) return;
+    const Failure failure = info.GetFailure();
+    const auto table = static_cast<Table>(failure.table);
+    const Finding* cause = file.findings.FirstError(table);
+    file.findings.Add({Code::kDoesNotLoad, table, PointerOf(table),
+                       cause != nullptr ? cause->offset : failure.offset,
+                       cause != nullptr
+                           ? InWords(cause->pointer) + ": " + EntryOf(cause->code).title
+                           : Describe(failure),
+                       ""});
+    flags &= ~unsigned{InfoOf(table).flag};
+    if (InfoOf(table).flag == 0) MakeEmpty(image, table);
   }
-  if (file.findings.Count(Severity::kError) != 0) return;
-  file.findings.Add({Code::kDoesNotLoad, Table::kFile, PointerOf(Table::kFile), 0,
-                     "all tables together need more memory than the file's size allows", ""});
 }
 
 /// What completing would make of the header of a file that loads.
@@ -71,9 +73,9 @@ void CheckCompleting(Examined& file, CVMGInfo& info) {
 void CheckLoading(Examined& file) {
   CVMGInfo info;
   Image image(file.bytes.begin(), file.bytes.end());
-  file.loads = Loads(info, image, CVMGInfo::kLoadAll);
+  file.loads = Loads(info, image);
   if (!file.loads) {
-    if (file.bytes.size() >= kFileSize<tag_VMGI_MAT_HEADER>) ReportWhatDoesNotLoad(file, info);
+    if (image.size() >= kFileSize<tag_VMGI_MAT_HEADER>) ReportWhatDoesNotLoad(file, info, image);
   } else if (file.findings.Count(Severity::kError) == 0) {
     CheckCompleting(file, info);
   }

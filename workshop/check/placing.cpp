@@ -15,7 +15,7 @@ using Overlaps = std::set<std::pair<std::int32_t, std::int32_t>>;
 std::uint64_t EndOf(const Structure& structure) { return structure.offset + structure.size; }
 
 std::string WordsOf(const Examined& file, const Structure& structure) {
-  return InWords(file.map.PointerOf(file.map.PositionOf(structure)));
+  return InWords(file.map.PointerOf(structure));
 }
 
 void CheckOverlap(Examined& file, const Structure& first, const Structure& second,

@@ -1,4 +1,5 @@
 // Examinations as text for people and as JSON.
+#include <cstdio>
 #include <nlohmann/json.hpp>
 
 #include "basis/text.h"
@@ -12,12 +13,9 @@ using Json = nlohmann::ordered_json;
 constexpr int kVersion = 2;
 
 std::string Address(std::uint64_t offset) {
-  constexpr unsigned kDigits = 6;
-  std::string digits;
-  for (unsigned i = 0; i < kDigits || offset != 0; ++i, offset >>= 4U) {
-    digits.insert(digits.begin(), "0123456789abcdef"[offset & 0xFU]);
-  }
-  return "0x" + digits;
+  char text[24];
+  std::snprintf(text, sizeof text, "0x%06llx", static_cast<unsigned long long>(offset));
+  return text;
 }
 
 std::string LineOf(const Finding& finding) {

@@ -1,11 +1,11 @@
 // What is on a disc, from the object and from what an examination finds.
-#include <veska/time_functions.h>
+#include <veska/cell_points.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <memory>
 #include <utility>
 
+#include "basis/programs.h"
 #include "basis/text.h"
 #include "basis/units.h"
 #include "veska/workshop/check.h"
@@ -16,27 +16,16 @@
 namespace VESKA::workshop {
 namespace {
 
-constexpr unsigned kNoCellNumber = 0xFFFF;
-
-/// The time between the clock values of a movie cell; 0 when it has none.
-double SecondsOf(CBaseCell& cell) {
-  if (cell.GetType() != CELL_MOVIE) return 0;
-  const tag_M_C_GI& header = static_cast<CMovieCell&>(cell).GetHeader();
-  if (header.time_12.base <= header.time_6.base) return 0;
-  return (header.time_12.base - header.time_6.base) / kClockRate;
-}
-
-void ListPrograms(CPGCInfo& chain, const DecodeText& decode, Listing& listing) {
-  static constexpr const char* kKinds[] = {"movie", "still", "mixed", "none"};
-  int next = 0;
-  for (int i = 0; i < chain.GetPGCount(); ++i) {
-    const tag_PGI& program = *chain.GetPGNode(i);
-    const int end = std::min(next + program.C_Ns, chain.GetCellCount());
-    ListedProgram listed{.text = ShownText(program.text_4, decode),
-                         .kind = kKinds[chain.GetProgramVOBType(i)],
-                         .first_cell = next + 1,
-                         .cells = end - next};
-    for (; next < end; ++next) listed.seconds += SecondsOf(*chain.GetCellNode(next)->CI);
+void ListPrograms(const CPGCInfo& chain, const DecodeText& decode, Listing& listing) {
+  for (const auto& [first, counted, there] : CellsOfPrograms(chain)) {
+    const int i = static_cast<int>(listing.programs.size());
+    ListedProgram listed{.text = ShownText(chain.GetPGNode(i)->text_4, decode),
+                         .kind = kProgramKinds[chain.GetProgramVOBType(i)],
+                         .first_cell = std::min(first, chain.GetCellCount()) + 1,
+                         .cells = there};
+    for (int cell = first; cell < first + there; ++cell) {
+      listed.seconds += SecondsOf(*chain.GetCellNode(cell));
+    }
     listing.seconds += listed.seconds;
     listing.programs.push_back(std::move(listed));
   }
@@ -48,23 +37,8 @@ void ListPlayLists(CPlayListSRPTable& table, const DecodeText& decode, Listing& 
     const tag_PL_SRP& play_list = *table[i];
     const unsigned cell = play_list.cell_point.cell;
     listing.play_lists.push_back(
-        {ShownText(play_list.text_8, decode), cell == kNoCellNumber ? 0 : static_cast<int>(cell)});
+        {ShownText(play_list.text_8, decode), cell == kNoCell ? 0 : static_cast<int>(cell)});
   }
-}
-
-/// ISO 8601; empty where the bytes, in which recorders put the recording time, show no date.
-std::string RecordingTime(const unsigned char* bytes) {
-  SYSTEMTIME time{};
-  GetWinTime(&time, bytes);
-  const bool is_date = time.wYear >= 1990 && time.wYear <= 2100 && time.wMonth >= 1 &&
-                       time.wMonth <= 12 && time.wDay >= 1 && time.wDay <= 31 && time.wHour <= 23 &&
-                       time.wMinute <= 59 && time.wSecond <= 59;
-  if (!is_date) return "";
-  char text[64];
-  std::snprintf(text, sizeof text, "%04u-%02u-%02uT%02u:%02u:%02u", unsigned{time.wYear},
-                unsigned{time.wMonth}, unsigned{time.wDay}, unsigned{time.wHour},
-                unsigned{time.wMinute}, unsigned{time.wSecond});
-  return text;
 }
 
 void ListMaterial(CVMGInfo& info, Listing& listing) {

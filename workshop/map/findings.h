@@ -26,29 +26,27 @@ class Findings {
   std::size_t Count(Code code) const;
   std::size_t Count(Severity severity) const;
   std::size_t Count(Severity severity, Table table) const;
-  /// The error that was found first in a table, kept whatever the limit; null when there is none.
+  /// The error that was found first in a table, whatever the limit; null when there is none.
   const Finding* FirstError(Table table) const;
   /// How many findings of `code` were not kept.
   std::size_t Omitted(Code code) const;
   /// Orders what is kept by severity, the worst first, then by offset.
   void Sort();
 
-  /// What was found up to some point, to go back to.
-  struct Mark {
+  /// How much was found up to some point, to go back to.
+  struct Counts {
     std::size_t kept = 0;
-    std::vector<std::size_t> counts;
-    std::array<std::array<std::size_t, 3>, kTables.size()> by_table{};
+    std::vector<std::size_t> by_code = std::vector<std::size_t>(Catalogue().size());
+    std::array<std::array<std::size_t, 3>, kTables.size()> by_severity{};  // of each table
     std::array<std::optional<Finding>, kTables.size()> first_errors;
   };
-  Mark Here() const { return {kept_.size(), counts_, by_table_, first_errors_}; }
-  void Return(const Mark& mark);
+  const Counts& Here() const { return counts_; }
+  void Return(const Counts& counts);
 
  private:
   std::size_t limit_;
   std::vector<Finding> kept_;
-  std::vector<std::size_t> counts_ = std::vector<std::size_t>(Catalogue().size());
-  std::array<std::array<std::size_t, 3>, kTables.size()> by_table_{};  // by severity
-  std::array<std::optional<Finding>, kTables.size()> first_errors_;
+  Counts counts_;
 };
 
 }  // namespace VESKA::workshop

@@ -5,6 +5,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "map/walk.h"
 
@@ -12,21 +13,19 @@ namespace VESKA::workshop {
 
 /// An index: a count and that many addresses.
 struct Index {
-  Part part;            ///< the index in the map
-  Part item;            ///< what it names
-  std::uint64_t least;  ///< the fewest bytes that one of them takes
-  const char* address_name;
+  IndexInfo info;
   FileNumber count;
-  std::uint64_t largest;     ///< that the count can hold
   std::uint64_t start;       ///< of the index in the map
   std::uint64_t addresses;   ///< where they stand
-  unsigned stride;           ///< from one address to the next
-  unsigned width;            ///< of an address
-  std::uint64_t base;        ///< what the addresses count from
+  std::uint64_t base;        ///< what they count from
   std::uint64_t behind = 0;  ///< where what it names can start: set as it is mapped
 
-  std::uint64_t Pointer(std::uint64_t i) const { return addresses + stride * i; }
+  /// From one address to the next.
+  unsigned Stride() const { return info.width + info.size_width; }
+  std::uint64_t Pointer(std::uint64_t i) const { return addresses + Stride() * i; }
 };
+/// The index that stands at `at` and is counted in the header at `header`, if not by itself.
+Index IndexAt(const Walk& walk, Part part, std::uint64_t header, std::uint64_t at);
 
 /// One of the structures that an index names.
 struct Item {
@@ -56,6 +55,11 @@ std::uint64_t WalkIndex(Walk& walk, Index index, const Room& room, const ItemKin
 /// Maps an index without what it names. Leaves in it as many addresses as the file holds, of as
 /// many as there are.
 void AddIndex(Walk& walk, Index& index, const Room& room);
+/// Where the structures that a mapped index names stand, and which of them are lost.
+std::vector<Item> PlaceItems(Walk& walk, const Index& index, const Room& room,
+                             const ItemKind& kind);
+/// The addresses of a mapped index, which is all that is known of its items at first.
+std::vector<Item> ItemsOf(Walk& walk, const Index& index);
 
 /// The count for which the first structure stands right behind the addresses and the others follow
 /// in order, none when there is no such count.

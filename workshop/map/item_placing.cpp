@@ -1,9 +1,39 @@
-#include "map/item_placing.h"
-
 #include <algorithm>
 #include <optional>
 
+#include "map/index_walk.h"
+
 namespace VESKA::workshop {
+namespace {
+
+class ItemPlacing {
+ public:
+  ItemPlacing(Walk& walk, const Index& index, const Room& room, const ItemKind& kind)
+      : walk_(walk), index_(index), room_(room), kind_(kind) {}
+
+  std::vector<Item> Place();
+
+ private:
+  std::string PointerOf(std::size_t i) const {
+    return walk_.PointerOf(index_.info.item, static_cast<std::uint32_t>(i + 1));
+  }
+  void ReadItems();
+  bool StartsWell(std::size_t i) const;
+  bool EndsWell(std::size_t i, std::uint64_t end) const;
+  void Relocate();
+  std::size_t RelocateFrom(std::size_t first);
+  void FindOverlaps();
+  void FitLast(Item& item) const;
+  void FindGap();
+  void ReportLost();
+  void ReportOrder();
+
+  Walk& walk_;
+  const Index& index_;
+  const Room& room_;
+  const ItemKind& kind_;
+  std::vector<Item> items_;
+};
 
 std::vector<Item> ItemPlacing::Place() {
   ReadItems();
@@ -16,16 +46,11 @@ std::vector<Item> ItemPlacing::Place() {
 }
 
 void ItemPlacing::ReadItems() {
-  const std::uint64_t n = index_.count.value;
-  walk_.build.Spend(sizeof(Item) / 8 * n);
-  items_.resize(static_cast<std::size_t>(n));
-  for (std::uint64_t i = 0; i < n; ++i) {
-    Item& item = items_[static_cast<std::size_t>(i)];
-    item.pointer = index_.Pointer(i);
-    item.stated = item.at = Address(walk_, index_, i);
+  items_ = ItemsOf(walk_, index_);
+  for (Item& item : items_) {
     // Only a structure that takes no bytes can stand at the end.
     item.lost =
-        item.at < index_.behind || item.at + (index_.least != 0 ? 1 : 0) > walk_.build.FileEnd();
+        item.at < index_.behind || item.at + (index_.info.least != 0 ? 1 : 0) > walk_.FileEnd();
     if (!item.lost) item.end = kind_.end(item, item.at);
   }
 }
@@ -59,16 +84,15 @@ std::size_t ItemPlacing::RelocateFrom(std::size_t first) {
   std::vector<std::uint64_t> ends;
   for (std::size_t i = first; i < items_.size(); ++i) {
     const std::uint64_t end = kind_.end(items_[i], at);
-    if (end > walk_.build.FileEnd()) break;
+    if (end > walk_.FileEnd()) break;
     ends.push_back(end);
     if (EndsWell(i, end)) {
       at = first == 0 ? index_.behind : items_[first - 1].end;
       for (std::size_t k = first; k <= i; ++k) {
         Item& item = items_[k];
         if (item.stated != at) {
-          walk_.build.Report(Code::kElsewhere, item.pointer,
-                             walk_.build.PointerOf(index_.item, static_cast<std::uint32_t>(k + 1)),
-                             AddressText(index_, item.stated), std::to_string(at - index_.base));
+          walk_.Report(Code::kElsewhere, item.pointer, PointerOf(k),
+                       AddressText(index_, item.stated), std::to_string(at - index_.base));
         }
         item.at = at;
         item.end = at = ends[k - first];
@@ -94,10 +118,9 @@ void ItemPlacing::FindOverlaps() {
 
   const auto lose = [&](std::size_t i, std::size_t other) {
     items_[i].lost = true;
-    walk_.build.Report(Code::kOverlap, items_[i].pointer,
-                       walk_.build.PointerOf(index_.item, static_cast<std::uint32_t>(i + 1)),
-                       AddressText(index_, items_[i].stated) + ", which is in " +
-                           Singular(InfoOf(index_.item).key) + " " + std::to_string(other + 1));
+    walk_.Report(Code::kOverlap, items_[i].pointer, PointerOf(i),
+                 AddressText(index_, items_[i].stated) + ", which is in " +
+                     Singular(InfoOf(index_.info.item).key) + " " + std::to_string(other + 1));
   };
   std::optional<std::size_t> last;
   for (const std::size_t i : order) {
@@ -147,8 +170,7 @@ void ItemPlacing::FindGap() {
   if (!gap) return;
   Item& item = items_[*gap];
   const std::uint64_t end = *gap + 1 < items_.size() ? items_[*gap + 1].at : room_.own;
-  if (item.end < end && end <= walk_.build.FileEnd() &&
-      !walk_.build.Image().IsZero(item.end, end - item.end)) {
+  if (item.end < end && end <= walk_.FileEnd() && !walk_.Image().IsZero(item.end, end - item.end)) {
     item.fit = {end, false};
   }
 }
@@ -156,28 +178,32 @@ void ItemPlacing::FindGap() {
 void ItemPlacing::ReportLost() {
   for (std::size_t i = 0; i < items_.size(); ++i) {
     const Item& item = items_[i];
-    if (!item.lost || (item.stated >= index_.behind && item.stated < walk_.build.FileEnd()))
-      continue;
-    const std::string pointer =
-        walk_.build.PointerOf(index_.item, static_cast<std::uint32_t>(i + 1));
-    const bool is_cut = item.stated >= walk_.build.FileEnd() && item.stated < walk_.claimed_end;
-    walk_.build.Report(is_cut ? Code::kPastFile : Code::kAddressOutside, item.pointer, pointer,
-                       AddressText(index_, item.stated) +
-                           (item.stated < std::min(index_.behind, walk_.build.FileEnd())
-                                ? ", where the index_ itself stands"
-                                : ", past the end of the file"));
+    if (!item.lost || (item.stated >= index_.behind && item.stated < walk_.FileEnd())) continue;
+    const std::string pointer = PointerOf(i);
+    const bool is_cut = item.stated >= walk_.FileEnd() && item.stated < walk_.claimed_end;
+    walk_.Report(
+        is_cut ? Code::kPastFile : Code::kAddressOutside, item.pointer, pointer,
+        AddressText(index_, item.stated) + (item.stated < std::min(index_.behind, walk_.FileEnd())
+                                                ? ", where the index itself stands"
+                                                : ", past the end of the file"));
   }
 }
 
 void ItemPlacing::ReportOrder() {
   for (std::size_t i = 1; i < items_.size(); ++i) {
     if (items_[i].lost || items_[i - 1].lost || items_[i].at >= items_[i - 1].at) continue;
-    walk_.build.Report(Code::kOrder, items_[i].pointer,
-                       walk_.build.PointerOf(index_.item, static_cast<std::uint32_t>(i + 1)),
-                       AddressText(index_, items_[i].stated) + ", before " +
-                           Singular(InfoOf(index_.item).key) + " " + std::to_string(i));
+    walk_.Report(Code::kOrder, items_[i].pointer, PointerOf(i),
+                 AddressText(index_, items_[i].stated) + ", before " +
+                     Singular(InfoOf(index_.info.item).key) + " " + std::to_string(i));
     return;
   }
+}
+
+}  // namespace
+
+std::vector<Item> PlaceItems(Walk& walk, const Index& index, const Room& room,
+                             const ItemKind& kind) {
+  return ItemPlacing(walk, index, room, kind).Place();
 }
 
 }  // namespace VESKA::workshop

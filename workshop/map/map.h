@@ -1,88 +1,15 @@
 // Which structure lies where in a file, however damaged the file is.
 #pragma once
 
-#include <veska/layouts.h>
-
 #include <cstdint>
 #include <span>
 #include <string>
 #include <vector>
 
 #include "map/findings.h"
-#include "map/image_bytes.h"
+#include "map/parts.h"
 
 namespace VESKA::workshop {
-
-/// What a structure is.
-enum class Part : unsigned char {
-  kTable,       ///< a whole table: the structures below belong to one
-  kFileHeader,  ///< in no table
-  kPlayListHeader,
-  kPlayLists,
-  kMovieHeader,
-  kMovieStreams,
-  kVobIndex,
-  kVob,
-  kVobInfo,
-  kSeamless,
-  kAudioGaps,
-  kTimeMap,
-  kTimeEntries,
-  kVobus,
-  kStillHeader,
-  kStillStreams,
-  kGroupIndex,
-  kStillGroup,
-  kGroupInfo,
-  kStillEntries,
-  kAudioStreams,
-  kAudioIndex,
-  kAudioGroup,
-  kAudioGroupInfo,
-  kAudioEntries,
-  kUserHeader,
-  kUserIndex,
-  kUserChain,
-  kChainHeader,
-  kPrograms,
-  kCellIndex,
-  kCell,
-  kMovieCellInfo,
-  kStillCellInfo,
-  kEntryPoints,
-  kTextHeader,
-  kTextIndex,
-  kTextSet,
-  kManufacturerHeader,
-  kManufacturerIndex,
-  kManufacturer,
-  kManufacturerInfo,
-  kManufacturerData
-};
-
-/// What a part is made of.
-enum class Role : unsigned char {
-  kWhole,    ///< other structures
-  kHeader,   ///< one record
-  kRun,      ///< records of one length
-  kEntries,  ///< entries whose own bytes tell their length
-  kIndex,    ///< a count and addresses
-  kBytes
-};
-
-/// What is known of a part.
-struct PartInfo {
-  Part part;
-  const char* key;  ///< that it adds to the pointer of what it belongs to; none where its fields
-                    ///< are those of the latter
-  std::span<const VESKA::Field> fields;  ///< of its record
-  Role role;
-  bool is_item = false;        ///< what people count in a table
-  bool is_never_zero = false;  ///< a record of zeros says nothing
-};
-const PartInfo& InfoOf(Part part);
-/// The size of a part's record in the file; 1 for parts that are runs of bytes.
-std::uint64_t RecordSize(Part part);
 
 /// How far a structure can be relied on.
 enum class State : unsigned char {
@@ -124,6 +51,9 @@ class ImageMap {
   /// The place of a structure in the file's JSON document: "/movie/vobs/2/time_map". With a number,
   /// from 1, that of its record: "/play_lists/lists/1".
   std::string PointerOf(std::int32_t position, std::uint32_t record = 0) const;
+  std::string PointerOf(const Structure& structure, std::uint32_t record = 0) const {
+    return PointerOf(PositionOf(structure), record);
+  }
   /// The place of a part of a structure that need not be in the map.
   std::string PointerOf(std::int32_t parent, Table table, Part part,
                         std::uint32_t number = 0) const;
@@ -140,5 +70,16 @@ const Structure* Find(std::span<const Structure* const> structures, Part part);
 /// A count or an address is taken as it stands, unless it contradicts what surrounds it and one
 /// other value makes everything fit: then that value is used and reported as the right one.
 ImageMap MapImage(std::span<const unsigned char> bytes, Findings& findings);
+
+/// The bytes of a file, which are not owned, with its map and what was found in it.
+struct MappedFile {
+  /// Keeps `limit` findings of each code.
+  MappedFile(std::span<const unsigned char> bytes, std::size_t limit)
+      : image(bytes), findings(limit), map(MapImage(bytes, findings)) {}
+
+  ImageBytes image;
+  Findings findings;
+  ImageMap map;
+};
 
 }  // namespace VESKA::workshop

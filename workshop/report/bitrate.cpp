@@ -59,9 +59,10 @@ double GuessFieldRate(const CMovieAVFile& vobs) {
   for (const tag_M_VOBI_ITEM& item : vobs.Items()) {
     const CMovieVOB& vob = item.M_VOBI;
     const tag_M_VOB_GI& header = vob.GetHeader();
-    if (header.time_15.base <= header.time_9.base) return 0;
+    const double length = SecondsBetween(header.time_9, header.time_15);
+    if (length == 0) return 0;
     fields += static_cast<double>(vob.GetTimeMapTable().GetFieldCount());
-    seconds += (header.time_15.base - header.time_9.base) / kClockRate;
+    seconds += length;
   }
   for (const double rate : {kFields50, kFields60}) {
     if (seconds > 0 && std::abs(fields / seconds / rate - 1) < kTolerance) return rate;

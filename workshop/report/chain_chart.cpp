@@ -16,14 +16,6 @@ constexpr double kCellTop = kTop + kProgramHeight + 2;
 constexpr double kCellHeight = 14;
 constexpr double kAxis = kCellTop + kCellHeight + 4;
 
-/// The time between the clock values of a movie cell; 0 when it has none.
-double SecondsOf(const tag_C_ITEM& cell) {
-  if (cell.CI->GetType() != CELL_MOVIE) return 0;
-  const tag_M_C_GI& header = static_cast<CMovieCell&>(*cell.CI).GetHeader();
-  if (header.time_12.base <= header.time_6.base) return 0;
-  return (header.time_12.base - header.time_6.base) / kClockRate;
-}
-
 std::vector<Stretch> CellStretches(const ScaledChain& scaled, int first, int end) {
   std::vector<Stretch> stretches;
   const double origin = scaled.Begin(first);

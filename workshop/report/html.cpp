@@ -1,9 +1,14 @@
 #include "report/html.h"
 
+#include <veska/workshop/text.h>
+
+#include <optional>
+
 #include "basis/text.h"
 #include "report/numbers.h"
 
 namespace VESKA::workshop {
+
 std::string EscapeHtml(std::string_view text) {
   std::string html;
   for (const char c : text) {

@@ -10,94 +10,104 @@
 namespace VESKA::workshop {
 namespace {
 
-constexpr std::size_t kProgram = kFileSize<tag_PGI>;
+/// A chain, with the counts of cells in its programs.
+struct Chain {
+  explicit Chain(Kept& kept) : programs(kept.Find(Part::kPrograms)) {
+    const Kept* index = kept.Find(Part::kCellIndex);
+    if (index == nullptr) return;
+    cells = index->parts;
+    counted = index->count;
+  }
 
-std::size_t CountOf(const KeptChain& chain) { return chain.programs.size() / kProgram; }
-std::uint64_t CellsOf(const KeptChain& chain, std::size_t program) {
-  return GetField<tag_PGI>(chain.programs, "C_Ns", kProgram * program);
-}
-void SetCells(KeptChain& chain, std::size_t program, std::uint64_t count) {
-  SetField<tag_PGI>(chain.programs, "C_Ns", count, kProgram * program);
-}
-std::string PointerOf(const KeptChain& chain, std::size_t program) {
-  return chain.pointer + "/programs/" + std::to_string(program);
-}
+  unsigned char* CountAt(std::size_t program) {
+    return &programs->bytes[RecordSize(Part::kPrograms) * program + offsetof(tag_PGI, C_Ns)];
+  }
+  std::size_t Count() const { return programs == nullptr ? 0 : programs->count; }
+  std::uint64_t CellsOf(std::size_t i) { return GetBigEndian(CountAt(i), sizeof(tag_PGI::C_Ns)); }
+  void SetCells(std::size_t i, std::uint64_t n) {
+    SetBigEndian(CountAt(i), sizeof(tag_PGI::C_Ns), n);
+  }
+  std::string PointerOf(std::size_t i) const { return programs->pointer + "/" + std::to_string(i); }
+
+  Kept* programs;
+  std::span<const Kept> cells;
+  std::uint64_t counted = 0;  ///< cells, of which the file may hold less
+};
 
 /// Where the programs count more cells than there are: one that alone counts more than all cells
 /// gets what the others leave, if they leave any; otherwise those at the end get what is left.
-void FitPrograms(KeptChain& chain, Losses& losses) {
+void FitPrograms(Chain& chain, Losses& losses) {
   const std::uint64_t cells = chain.cells.size();
   std::uint64_t sum = 0;
-  for (std::size_t i = 0; i < CountOf(chain); ++i) sum += CellsOf(chain, i);
+  for (std::size_t i = 0; i < chain.Count(); ++i) sum += chain.CellsOf(i);
   if (sum <= cells) return;
   const auto set = [&](std::size_t i, std::uint64_t count) {
-    if (CellsOf(chain, i) == count) return;
-    losses.Add(PointerOf(chain, i), "counts " + std::to_string(CellsOf(chain, i)) +
-                                        " cells, and gets " + std::to_string(count));
-    SetCells(chain, i, count);
+    if (chain.CellsOf(i) == count) return;
+    losses.Add(chain.PointerOf(i), "counts " + std::to_string(chain.CellsOf(i)) +
+                                       " cells, and gets " + std::to_string(count));
+    chain.SetCells(i, count);
   };
-  for (std::size_t i = 0; i < CountOf(chain); ++i) {
-    const std::uint64_t others = sum - CellsOf(chain, i);
-    if (CellsOf(chain, i) > cells && others <= cells) return set(i, cells - others);
+  for (std::size_t i = 0; i < chain.Count(); ++i) {
+    const std::uint64_t others = sum - chain.CellsOf(i);
+    if (chain.CellsOf(i) > cells && others <= cells) return set(i, cells - others);
   }
   std::uint64_t left = cells;
-  for (std::size_t i = 0; i < CountOf(chain); ++i) {
-    set(i, std::min(CellsOf(chain, i), left));
-    left -= CellsOf(chain, i);
+  for (std::size_t i = 0; i < chain.Count(); ++i) {
+    set(i, std::min(chain.CellsOf(i), left));
+    left -= chain.CellsOf(i);
   }
 }
 
 /// Takes the cells that are lost from the counts of their programs.
-void TakeFromPrograms(KeptChain& chain, Losses& losses) {
+void TakeFromPrograms(Chain& chain, Losses& losses) {
   std::size_t cell = 0;
-  for (std::size_t i = 0; i < CountOf(chain); ++i) {
-    const std::uint64_t all = CellsOf(chain, i);
+  for (std::size_t i = 0; i < chain.Count(); ++i) {
+    const std::uint64_t all = chain.CellsOf(i);
     std::uint64_t kept = 0;
-    for (std::uint64_t n = 0; n < all; ++n) kept += chain.cells[cell++] ? 1 : 0;
+    for (std::uint64_t n = 0; n < all; ++n) kept += chain.cells[cell++].is_lost ? 0 : 1;
     if (kept == all) continue;
-    SetCells(chain, i, kept);
-    losses.Add(PointerOf(chain, i), "keeps " + Plural(kept, "cell") + " of " + std::to_string(all));
+    chain.SetCells(i, kept);
+    losses.Add(chain.PointerOf(i), "keeps " + Plural(kept, "cell") + " of " + std::to_string(all));
   }
 }
 
 /// The numbers that the cells of a chain get, by those that they have; 0 for one that is lost.
 class CellNumbers {
  public:
-  explicit CellNumbers(const KeptChain& chain) : leaves_others_(chain.has_all_cells) {
+  /// With `leaves_others`, what names none of the cells is no loss.
+  CellNumbers(const Chain& chain, bool leaves_others) : leaves_others_(leaves_others) {
     std::uint16_t next = 0;
-    for (const auto& cell : chain.cells) {
-      numbers_.push_back(cell ? ++next : std::uint16_t{0});
+    for (const Kept& cell : chain.cells) {
+      numbers_.push_back(cell.is_lost ? std::uint16_t{0} : ++next);
     }
   }
 
-  /// What a user-defined chain names beside its cells is no loss where it has them all.
-  bool LeavesOthers() const { return leaves_others_; }
-
-  /// Brings the cell points in a list of records in step.
-  template <class Record>
-  void Mend(Bytes& records, const std::string& pointer, bool is_list, bool leaves_others,
-            Losses& losses) const {
-    for (std::size_t at = 0; at < records.size(); at += kFileSize<Record>) {
-      const std::string item = is_list ? "/" + std::to_string(at / kFileSize<Record>) : "";
-      for (const Field& field : kFields<Record>) {
+  /// Brings the cell points in records in step.
+  void Mend(Kept* records, Losses& losses) const {
+    if (records == nullptr) return;
+    const PartInfo& info = InfoOf(records->part);
+    const bool is_list = info.role == Role::kRun;
+    for (std::size_t i = 0; i < records->count; ++i) {
+      const std::string item = is_list ? "/" + std::to_string(i) : "";
+      for (const Field& field : info.fields) {
         if (field.kind != FieldKind::kCellPoint) continue;
-        const std::span point(&records[at + field.offset], field.width);
+        const std::span point(&records->bytes[RecordSize(info.part) * i + field.offset],
+                              field.width);
         if (!is_list && IsZero(point)) continue;  // the header's, that are not set
-        MendPoint(point.data(), pointer + item + "/" + field.name, leaves_others, losses);
+        MendPoint(point.data(), records->pointer + item + "/" + field.name, losses);
       }
     }
   }
 
  private:
-  void MendPoint(unsigned char* at, const std::string& pointer, bool leaves_others,
-                 Losses& losses) const {
+  void MendPoint(unsigned char* at, const std::string& pointer, Losses& losses) const {
     constexpr unsigned kWidth = sizeof(tag_CELL_POINT::cell);
     const std::uint64_t cell = GetBigEndian(at, kWidth);
     if (cell == kNoCell) return;
     const bool is_cell = cell != 0 && cell <= numbers_.size();
     const std::uint16_t number = is_cell ? numbers_[static_cast<std::size_t>(cell) - 1] : 0;
     if (number != 0) return SetBigEndian(at, kWidth, number);
-    if (!is_cell && leaves_others) return;
+    if (!is_cell && leaves_others_) return;
     losses.Add(pointer, "named cell " + std::to_string(cell) + ", which " +
                             (is_cell ? "is lost" : "does not exist") + ", and names none");
     SetBigEndian(at, kWidth, kNoCell);
@@ -107,23 +117,32 @@ class CellNumbers {
   bool leaves_others_;
 };
 
-void MendPrograms(KeptChain& chain, const CellNumbers& numbers, bool leaves_others,
-                  Losses& losses) {
+void MendPrograms(Chain& chain, const CellNumbers& numbers, Losses& losses) {
   FitPrograms(chain, losses);
   TakeFromPrograms(chain, losses);
-  numbers.Mend<tag_PGI>(chain.programs, chain.pointer + "/programs", true, leaves_others, losses);
+  numbers.Mend(chain.programs, losses);
+}
+
+/// True when the file holds all cells of a chain and none is lost.
+bool HasAllCells(const Chain& chain) {
+  return chain.counted == chain.cells.size() &&
+         std::none_of(chain.cells.begin(), chain.cells.end(),
+                      [](const Kept& cell) { return cell.is_lost; });
 }
 
 }  // namespace
 
-void MendReferences(Kept& kept, Losses& losses) {
-  const CellNumbers numbers(kept.original);
-  numbers.Mend<tag_VMGI_MAT_HEADER>(kept.header, "/header", false, false, losses);
-  numbers.Mend<tag_PL_SRP>(kept.play_lists.records, "/play_lists/lists", true, false, losses);
-  MendPrograms(kept.original, numbers, false, losses);
-  for (KeptChain& chain : kept.user_chains) {
-    const CellNumbers own(chain);
-    MendPrograms(chain, own, own.LeavesOthers(), losses);
+void MendReferences(KeptTables& tables, Losses& losses) {
+  Chain original(tables[IndexOf(Table::kOriginalChain)]);
+  const CellNumbers numbers(original, false);
+  numbers.Mend(&tables[IndexOf(Table::kHeader)], losses);
+  numbers.Mend(tables[IndexOf(Table::kPlayLists)].Find(Part::kPlayLists), losses);
+  MendPrograms(original, numbers, losses);
+  Kept* index = tables[IndexOf(Table::kUserChains)].Find(Part::kUserIndex);
+  if (index == nullptr) return;
+  for (Kept& kept : index->parts) {
+    Chain chain(kept);
+    MendPrograms(chain, CellNumbers(chain, HasAllCells(chain)), losses);
   }
 }
 

@@ -66,10 +66,10 @@ void Losses::Add(std::string pointer, std::string what, std::string reason) {
 
 Salvaged Salvage(std::span<const unsigned char> bytes) {
   Salvaged salvaged;
-  const DamagedFile file(bytes, kFindingsOfACode);
+  const MappedFile file(bytes, kFindingsOfACode);
   if (file.map.structures.empty()) return salvaged;
   Losses losses;
-  Kept kept = Keep(file, losses);
+  KeptTables kept = Keep(file, losses);
   MendReferences(kept, losses);
   const bool is_whole = losses.IsEmpty() && file.findings.Count(Severity::kError) == 0;
   if (losses.Kept() != 0 || is_whole) {

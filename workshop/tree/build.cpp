@@ -31,8 +31,6 @@ class Builder : public TreeVisitor {
     }
   }
 
-  void Derived(const char*, std::uint64_t) override {}
-
   void Object(const char* name, const std::function<void()>& content) override {
     reader_.Inside(reader_.Get(name), std::string("/") + name, content);
   }
@@ -63,10 +61,6 @@ class Builder : public TreeVisitor {
 
   std::uint8_t Form(const char* name, std::uint8_t) override {
     return static_cast<std::uint8_t>(reader_.Number(name, 1));
-  }
-
-  void Optional(bool present, const std::function<void()>& content) override {
-    if (present) content();
   }
 
   void Expect(bool holds, const char* name, const char* expected) override {

@@ -4,7 +4,6 @@
 #include <veska/CVMGInfo.h>
 #include <veska/workshop/show.h>
 
-#include <cstdint>
 #include <span>
 #include <string>
 #include <utility>
@@ -24,13 +23,21 @@ class Outline {
  public:
   Outline(const CVMGInfo& info, const ShowOptions& options) : info_(info), options_(options) {}
 
-  /// The file that is shown.
-  const CVMGInfo& Info() const { return info_; }
   bool All() const { return options_.all; }
   std::string Take() { return std::move(text_); }
+  /// The user-defined chain whose cells the cell points count from here on; null for the original.
+  void CountCellsOf(const CPGCInfo* user_chain) { user_chain_ = user_chain; }
 
   /// A line whose name bears the marks of the options.
-  void Heading(const std::string& name, const std::string& text);
+  void Heading(const std::string& name, const std::string& text = {});
+  /// A heading, and what `content` writes one step further in.
+  template <class Content>
+  void Section(const std::string& name, const std::string& text, const Content& content) {
+    Heading(name, text);
+    ++depth_;
+    content();
+    --depth_;
+  }
   /// Nothing for an empty text.
   void Line(const std::string& text);
   /// Bytes in hex, one step further in.
@@ -46,37 +53,29 @@ class Outline {
            " more (--all shows them)");
     }
   }
+  /// A list of records with a heading for each.
+  template <class Range>
+  void Records(const Range& records, const char* what) {
+    List(static_cast<int>(records.size()), what,
+         [&](int i) { Heading(Numbered(what, i), Fields(records.begin()[i])); });
+  }
 
-  /// "NAME value, NAME value": the fields of a record but for reserved zeros. Cell points count the
-  /// cells of `user_chain`, or of the original one.
+  /// "NAME value, NAME value": the fields of a record but for reserved zeros.
   template <class Type>
-  std::string Fields(const Type& record, const CPGCInfo* user_chain = nullptr) const {
-    return FieldsOf(RecordOf(record), false, user_chain);
+  std::string Fields(const Type& record) const {
+    return FieldsOf(RecordOf(record), false);
   }
   /// The same without a text that stands in the heading as the name of the record.
   template <class Type>
-  std::string NamedFields(const Type& record, const CPGCInfo* user_chain = nullptr) const {
-    return FieldsOf(RecordOf(record), true, user_chain);
+  std::string NamedFields(const Type& record) const {
+    return FieldsOf(RecordOf(record), true);
   }
   /// A text of the disc in quotes, or its bytes.
   std::string Text(std::span<const unsigned char> bytes) const {
     return TextOrHex(bytes, options_.decode);
   }
-  /// "NAME value".
-  std::string Value(const Record& record, const Field& field, const CPGCInfo* user_chain) const;
-  bool IsDull(const Record& record, const Field& field) const;
-
-  /// What is written while it lives stands one step further in.
-  class Deeper {
-   public:
-    explicit Deeper(Outline& outline) : outline_(outline) { ++outline_.depth_; }
-    Deeper(const Deeper&) = delete;
-    Deeper& operator=(const Deeper&) = delete;
-    ~Deeper() { --outline_.depth_; }
-
-   private:
-    Outline& outline_;
-  };
+  /// "NAME value"; empty where a reserved field is zero.
+  std::string Value(const Record& record, const Field& field) const;
 
  private:
   static constexpr int kLongList = 100;  // a longer list is cut
@@ -84,16 +83,14 @@ class Outline {
   static constexpr std::size_t kShownDumpLines = 2;
 
   std::string Indent() const { return std::string(2 * depth_, ' '); }
-  std::string FieldsOf(const Record& record, bool named, const CPGCInfo* user_chain) const;
+  std::string FieldsOf(const Record& record, bool named) const;
+  std::string CellPoint(std::span<const unsigned char> bytes) const;
 
   const CVMGInfo& info_;
   const ShowOptions& options_;
+  const CPGCInfo* user_chain_ = nullptr;
   std::string text_;
   std::size_t depth_ = 0;
 };
-
-/// Shows a program chain: its programs with their cells, then the cells that no program counts.
-/// `user_chain` is the chain itself where it is a user-defined one, else null.
-void ShowChain(Outline& to, const CPGCInfo& chain, const CPGCInfo* user_chain);
 
 }  // namespace VESKA::workshop

@@ -1,6 +1,7 @@
 #include "tree/reader.h"
 
 #include <algorithm>
+#include <charconv>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -27,13 +28,6 @@ std::string Found(const Json& value) {
   constexpr std::size_t kLongest = 40;
   if (text.size() > kLongest) text = text.substr(0, kLongest) + "...";
   return text;
-}
-
-int HexDigit(char c) {
-  if (c >= '0' && c <= '9') return c - '0';
-  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-  return -1;
 }
 
 /// Finds keys that stand twice, which the parser would silently take the last of.
@@ -146,10 +140,10 @@ Bytes DocumentReader::HexBytes(const std::string& key, std::size_t least, std::s
   if (text.size() % 2 != 0 || text.size() / 2 < least || text.size() / 2 > most) fail();
   Bytes bytes;
   for (std::size_t i = 0; i < text.size(); i += 2) {
-    const int high = HexDigit(text[i]);
-    const int low = HexDigit(text[i + 1]);
-    if (high < 0 || low < 0) fail();
-    bytes.push_back(static_cast<unsigned char>(16 * high + low));
+    unsigned char byte = 0;
+    const char* const digits = &text[i];
+    if (std::from_chars(digits, digits + 2, byte, 16).ptr != digits + 2) fail();
+    bytes.push_back(byte);
   }
   return bytes;
 }

@@ -73,8 +73,6 @@ class SchemaMaker : public TreeVisitor {
     }
   }
 
-  void Derived(const char*, std::uint64_t) override {}
-
   void Object(const char* name, const std::function<void()>& content) override {
     Add(name, Filled(content));
   }
@@ -112,8 +110,6 @@ class SchemaMaker : public TreeVisitor {
     content();
     optional_ = false;
   }
-
-  void Expect(bool, const char*, const char*) override {}
 
  private:
   /// The kinds of item that the list at hand holds, and the one that is walked through.

@@ -56,14 +56,6 @@ class Exporter : public TreeVisitor {
     return current;
   }
 
-  std::uint8_t Form(const char*, std::uint8_t current) override { return current; }
-
-  void Optional(bool present, const std::function<void()>& content) override {
-    if (present) content();
-  }
-
-  void Expect(bool, const char*, const char*) override {}
-
  private:
   Json Filled(const std::function<void()>& content) {
     Json object = Json::object();

@@ -71,11 +71,11 @@ void HeaderAndList(TreeVisitor& to, Table& table, const char* list, const WalkLi
             "takes no bytes in the file");
 }
 
-/// A list of plain records.
-template <class Get, class Add>
-void Records(TreeVisitor& to, const char* name, int limit, int count, const Get& get,
-             const Add& add) {
-  to.List(name, limit, count, [&](int i) { Fields(to, to.Builds() ? Added(add()) : *get(i)); });
+/// A list of plain records, to which `add` adds one.
+template <class Range, class Add>
+void Records(TreeVisitor& to, const char* name, int limit, const Range& records, const Add& add) {
+  to.List(name, limit, static_cast<int>(records.size()),
+          [&](int i) { Fields(to, to.Builds() ? Added(add()) : records.begin()[i]); });
 }
 
 /// A list of items that the file finds by an address: `walk` leads through the table of one.
@@ -93,19 +93,13 @@ void ExpectEntries(TreeVisitor& to, const Table& table, const char* name) {
 
 void Walk(TreeVisitor& to, CPlayListSRPTable& table) {
   Header(to, table);
-  Records(
-      to, "lists", kByte, table.GetCount(), [&](int i) { return table.GetNode(i); },
-      [&] { return table.AddNode(); });
+  Records(to, "lists", kByte, table.PlayLists(), [&] { return table.AddNode(); });
 }
 
 void Walk(TreeVisitor& to, CTimeMapTable& map) {
   Header(to, map);
-  Records(
-      to, "times", kWord, map.GetTimeENCount(), [&](int i) { return map.GetTimeENNode(i); },
-      [&] { return map.AddTimeENNode(); });
-  Records(
-      to, "vobus", kWord, map.GetVobuENCount(), [&](int i) { return map.GetVobuENNode(i); },
-      [&] { return map.AddVobuENNode(); });
+  Records(to, "times", kWord, map.TimeEntries(), [&] { return map.AddTimeENNode(); });
+  Records(to, "vobus", kWord, map.VobuEntries(), [&] { return map.AddVobuENNode(); });
   ExpectEntries(to, map, "vobus");
 }
 
@@ -120,9 +114,7 @@ void Walk(TreeVisitor& to, CMovieVOB& vob) {
 
 void Walk(TreeVisitor& to, CMovieAVFileTable& table) {
   Header(to, table);
-  Records(
-      to, "streams", kByte, table.GetStreamCount(), [&](int i) { return table.GetStreamNode(i); },
-      [&] { return table.AddStreamNode(); });
+  Records(to, "streams", kByte, table.Streams(), [&] { return table.AddStreamNode(); });
   Items(to, "vobs", kWord, table.GetMovieAVFile(), [&](tag_M_VOBI_ITEM& item) {
     to.Derived("M_VOBI_SA", item.M_VOBI_SA);
     Walk(to, item.M_VOBI);
@@ -147,16 +139,12 @@ void Walk(TreeVisitor& to, CStillAAG& group) {
 
 void Walk(TreeVisitor& to, CStillAVFileTable& table) {
   Header(to, table);
-  Records(
-      to, "streams", kByte, table.GetVOBStreamCount(),
-      [&](int i) { return table.GetVOBStreamNode(i); }, [&] { return table.AddVOBStreamNode(); });
+  Records(to, "streams", kByte, table.VOBStreams(), [&] { return table.AddVOBStreamNode(); });
   Items(to, "groups", kWord, table.GetStillAVFile(), [&](tag_S_VOGI_ITEM& item) {
     to.Derived("S_VOGI_SA", item.S_VOGI_SA);
     Walk(to, item.S_VOGI);
   });
-  Records(
-      to, "audio_streams", kByte, table.GetAAStreamCount(),
-      [&](int i) { return table.GetAAStreamNode(i); }, [&] { return table.AddAAStreamNode(); });
+  Records(to, "audio_streams", kByte, table.AAStreams(), [&] { return table.AddAAStreamNode(); });
   Items(to, "audio_groups", kWord, table.GetAdditionalAFile(), [&](tag_S_AAGI_ITEM& item) {
     to.Derived("S_AAGI_SA", item.S_AAGI_SA);
     Walk(to, item.S_AAGI);

@@ -32,7 +32,7 @@ class TreeVisitor {
   /// The fields of a record. Derived ones are not built.
   virtual void Fields(const Record& record, Positions positions) = 0;
   /// A derived value that stands beside a record. It is not built.
-  virtual void Derived(const char* name, std::uint64_t value) = 0;
+  virtual void Derived(const char* /*name*/, std::uint64_t /*value*/) {}
   /// A table or a record inside the current one.
   virtual void Object(const char* name, const std::function<void()>& content) = 0;
   /// A list of `count` objects (more than `limit` do not fit); `item(i)` walks through one.
@@ -44,11 +44,13 @@ class TreeVisitor {
   virtual int Kind(const char* name, std::span<const char* const> kinds, int current) = 0;
   /// A number of one byte, before the fields that it stands in, whose bits 7 and 6 say what else
   /// the object holds.
-  virtual std::uint8_t Form(const char* name, std::uint8_t current) = 0;
+  virtual std::uint8_t Form(const char* /*name*/, std::uint8_t current) { return current; }
   /// What is there only when `present`.
-  virtual void Optional(bool present, const std::function<void()>& content) = 0;
+  virtual void Optional(bool present, const std::function<void()>& content) {
+    if (present) content();
+  }
   /// Says what was expected at `name` when something cannot be built.
-  virtual void Expect(bool holds, const char* name, const char* expected) = 0;
+  virtual void Expect(bool /*holds*/, const char* /*name*/, const char* /*expected*/) {}
 };
 
 /// Leads `visitor` through all tables of `info`.
