@@ -140,11 +140,12 @@ TEST(EditOperations, AreShownBeforeTheyAreDone) {
   ASSERT_FALSE(lines.empty());
   EXPECT_EQ(lines[0], lost);
   const auto about_first_list = [](const std::string& line) {
-    return line.starts_with("play_lists: list 1");
+    return line.starts_with("play_lists / list 1");
   };
   EXPECT_TRUE(std::none_of(lines.begin(), lines.end(), about_first_list));
   EXPECT_EQ(
-      std::count(lines.begin(), lines.end(), "play_lists: list 2: cell_point: cell: 34 -> 32"), 1);
+      std::count(lines.begin(), lines.end(), "play_lists / list 2 / cell_point / cell: 34 -> 32"),
+      1);
   EXPECT_EQ(workshop::Edit(*info, deletes), std::vector{lost});
 
   const std::string splits[] = {"move-cell", "1", "3", "split-program", "1", "2"};

@@ -25,16 +25,17 @@ void CheckZeroRecords(Examined& file, const Structure& run) {
 
 void CheckTimeMap(Examined& file, const Structure& map) {
   if (file.map.ParentOf(map).state != State::kWhole) return;
-  const auto header = file.image.Read<tag_TMAP_GI>(map.offset);
-  if (header.VOBU_ENT_Ns != 0) return;
-  file.Report(header.TM_ENT_Ns == 0 ? Code::kEmptyVob : Code::kNoVobus, map, map.offset,
-              "TM_ENT_Ns is " + std::to_string(header.TM_ENT_Ns) + ", VOBU_ENT_Ns is 0");
+  const FileNumber times = CountOf(file.image, Part::kTimeEntries, map.offset);
+  const FileNumber vobus = CountOf(file.image, Part::kVobus, map.offset);
+  if (vobus.value != 0) return;
+  file.Report(times.value == 0 ? Code::kEmptyVob : Code::kNoVobus, map, map.offset,
+              Is(times) + ", " + Is(vobus));
 }
 
-void CheckGroup(Examined& file, const Structure& info, std::uint64_t count, Code code,
-                const char* name) {
-  if (count != 0 || file.map.ParentOf(info).state != State::kWhole) return;
-  file.Report(code, info, info.offset, std::string(name) + " is 0");
+void CheckGroup(Examined& file, const Structure& info, Part entries, Code code) {
+  const FileNumber count = CountOf(file.image, entries, info.offset);
+  if (count.value != 0 || file.map.ParentOf(info).state != State::kWhole) return;
+  file.Report(code, info, info.offset, Is(count));
 }
 
 void CheckCell(Examined& file, const Structure& info) {
@@ -86,11 +87,9 @@ void CheckStructure(Examined& file, const Structure& structure) {
     case Part::kTimeMap:
       return CheckTimeMap(file, structure);
     case Part::kGroupInfo:
-      return CheckGroup(file, structure, file.image.Read<tag_S_VOG_GI>(structure.offset).S_VOB_Ns,
-                        Code::kEmptyStillGroup, "S_VOB_Ns");
+      return CheckGroup(file, structure, Part::kStillEntries, Code::kEmptyStillGroup);
     case Part::kAudioGroupInfo:
-      return CheckGroup(file, structure, file.image.Read<tag_S_AAG_GI>(structure.offset).AA_ENT_Ns,
-                        Code::kEmptyAudioGroup, "AA_ENT_Ns");
+      return CheckGroup(file, structure, Part::kAudioEntries, Code::kEmptyAudioGroup);
     case Part::kMovieCellInfo:
     case Part::kStillCellInfo:
       return CheckCell(file, structure);

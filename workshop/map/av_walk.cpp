@@ -12,7 +12,7 @@ constexpr std::uint64_t kVobuSize = kFileSize<tag_VOBU_ENT>;
 
 /// Where the time map of a VOB stands.
 std::uint64_t TimeMapAt(const ImageBytes& image, std::uint64_t vob) {
-  const auto info = image.Read<tag_M_VOB_GI>(vob);
+  const auto info = VobFlags(image, vob);
   return vob + kFileSize<tag_M_VOB_GI> + (info.HasSeamlessInfo() ? kFileSize<tag_SMLI> : 0) +
          (info.HasAudioGaps() ? kFileSize<tag_AGAPI> : 0);
 }
@@ -72,7 +72,7 @@ std::uint64_t TimeMap(Walk& walk, std::uint64_t at, const Fit& fit) {
 
 std::uint64_t Vob(Walk& walk, const Item& item, std::uint32_t number) {
   return walk.AddWhole(Part::kVob, item.at, number, [&] {
-    const auto info = walk.Image().Read<tag_M_VOB_GI>(item.at);
+    const auto info = VobFlags(walk.Image(), item.at);
     std::uint64_t at = item.at;
     const auto add = [&](Part part) {
       walk.Add(part, at);
@@ -88,9 +88,9 @@ std::uint64_t Vob(Walk& walk, const Item& item, std::uint32_t number) {
 ItemKind Vobs(Walk& walk) {
   return {[&walk](const Item&, std::uint64_t at) {
             const std::uint64_t map = TimeMapAt(walk.Image(), at);
-            const auto header = walk.Image().Read<tag_TMAP_GI>(map);
-            return map + kFileSize<tag_TMAP_GI> + kTimeSize * header.TM_ENT_Ns +
-                   kVobuSize * header.VOBU_ENT_Ns;
+            return map + kFileSize<tag_TMAP_GI> +
+                   kTimeSize * walk.CountOf(Part::kTimeEntries, map).value +
+                   kVobuSize * walk.CountOf(Part::kVobus, map).value;
           },
           [&walk](const Item& item, std::uint32_t number) { return Vob(walk, item, number); }};
 }

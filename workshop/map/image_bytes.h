@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstring>
 #include <span>
 #include <string_view>
 
@@ -51,44 +50,7 @@ class ImageBytes {
     return std::all_of(bytes.begin(), bytes.end(), [](unsigned char byte) { return byte == 0; });
   }
 
-  /// The record that stands at `offset`, with its numbers in host order. The position of a cell
-  /// point keeps its file bytes.
-  template <class Type>
-  Type Read(std::uint64_t offset) const {
-    Type record{};
-    auto* to = reinterpret_cast<unsigned char*>(&record);
-    for (const VESKA::Field& field : VESKA::kFields<Type>) Read(field, offset, to);
-    return record;
-  }
-
  private:
-  void Read(const VESKA::Field& field, std::uint64_t offset, unsigned char* record) const {
-    using enum VESKA::FieldKind;
-    const std::uint64_t from = offset + field.offset;
-    unsigned char* to = record + field.offset;
-    const auto number = [&](unsigned at, unsigned width) {
-      SetNumber(to + at, width, Number(from + at, width));
-    };
-    switch (field.kind) {
-      case kNumber:
-      case kDerived:
-        return number(0, field.width);
-      case kClock:
-        number(offsetof(VESKA::tag_SCR, base), sizeof(VESKA::tag_SCR::base));
-        return number(offsetof(VESKA::tag_SCR, ext), sizeof(VESKA::tag_SCR::ext));
-      case kCellPoint: {
-        constexpr unsigned kCell = sizeof(VESKA::tag_CELL_POINT::cell);
-        number(0, kCell);
-        const auto position = At(from + kCell, field.width - kCell);
-        if (!position.empty()) std::memcpy(to + kCell, position.data(), position.size());
-        return;
-      }
-      default:
-        const auto bytes = At(from, field.width);
-        if (!bytes.empty()) std::memcpy(to, bytes.data(), bytes.size());
-    }
-  }
-
   std::span<const unsigned char> bytes_;
 };
 

@@ -104,6 +104,20 @@ std::uint64_t RecordSize(Part part) {
   return fields.empty() ? 1 : fields.back().offset + fields.back().width;
 }
 
+std::string Is(const FileNumber& number) {
+  return std::string(number.name) + " is " + std::to_string(number.value);
+}
+
+FileNumber NumberAt(const ImageBytes& image, const Field& field, std::uint64_t at) {
+  return {field.name, at + field.offset, image.Number(at + field.offset, field.width),
+          LargestNumber(field.width)};
+}
+
+FileNumber CountOf(const ImageBytes& image, Part part, std::uint64_t at) {
+  const CountField& counted = InfoOf(part).counted;
+  return NumberAt(image, FieldNamed(InfoOf(counted.in).fields, counted.by), at);
+}
+
 const IndexInfo& IndexInfoOf(Part index) {
   return *std::find_if(std::begin(kIndexes), std::end(kIndexes),
                        [index](const IndexInfo& info) { return info.index == index; });

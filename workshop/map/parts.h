@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <span>
+#include <string>
 
 #include "basis/tables.h"
 #include "map/image_bytes.h"
@@ -93,6 +94,21 @@ Part HeaderOf(Table table);
 /// The size of a part's record in the file; 1 for parts that are runs of bytes.
 std::uint64_t RecordSize(Part part);
 
+/// A number of the file that may turn out to be wrong.
+struct FileNumber {
+  const char* name = "";
+  std::uint64_t offset = 0;
+  std::uint64_t value = 0;
+  std::uint64_t largest = 0;  ///< that it can hold
+};
+/// "VOBU_ENT_Ns is 300"
+std::string Is(const FileNumber& number);
+
+/// The number field of a record that stands at `at`.
+FileNumber NumberAt(const ImageBytes& image, const Field& field, std::uint64_t at);
+/// What counts a part in the header that stands at `at`.
+FileNumber CountOf(const ImageBytes& image, Part part, std::uint64_t at);
+
 /// What an index names, and how.
 struct IndexInfo {
   Part index;
@@ -112,6 +128,13 @@ inline unsigned StillEntrySize(std::uint8_t type) {
   return entry.Size();
 }
 inline unsigned AudioEntrySize(std::uint8_t) { return kFileSize<tag_AA_ENT>; }
+
+/// What the VOB that stands at `at` says of the blocks that it has.
+inline tag_M_VOB_GI VobFlags(const ImageBytes& image, std::uint64_t at) {
+  tag_M_VOB_GI info{};
+  info.VOB_TY[1] = image.Byte(at + offsetof(tag_M_VOB_GI, VOB_TY) + 1);
+  return info;
+}
 
 /// An entry point of a movie or a still cell.
 inline unsigned MovieEntryPointSize(std::uint8_t type) {

@@ -14,20 +14,11 @@ constexpr std::uint64_t kWorkPerStructure = 16;
 
 }  // namespace
 
-std::string Is(const FileNumber& number) {
-  return std::string(number.name) + " is " + std::to_string(number.value);
-}
-
 Walk::Walk(std::span<const unsigned char> bytes, ImageMap& map, Findings& findings)
     : image_(bytes),
       map_(map),
       findings_(findings),
       budget_(bytes.size() * kWorkPerByte + kWorkForAny) {}
-
-FileNumber Walk::Number(const Field& field, std::uint64_t at) const {
-  return {field.name, at + field.offset, image_.Number(at + field.offset, field.width),
-          LargestNumber(field.width)};
-}
 
 void Walk::Spend(std::uint64_t bytes) {
   if (bytes > budget_) throw BudgetSpent();

@@ -15,16 +15,6 @@
 
 namespace VESKA::workshop {
 
-/// A number of the file that may turn out to be wrong.
-struct FileNumber {
-  const char* name = "";
-  std::uint64_t offset = 0;
-  std::uint64_t value = 0;
-  std::uint64_t largest = 0;  ///< that it can hold
-};
-/// "VOBU_ENT_Ns is 300"
-std::string Is(const FileNumber& number);
-
 /// Where a structure has to end, when its own counts let it end elsewhere.
 struct Fit {
   std::uint64_t end = 0;  ///< 0: its counts hold
@@ -72,13 +62,15 @@ class Walk {
   }
 
   /// The number field of a record that stands at `at`.
-  FileNumber Number(const Field& field, std::uint64_t at) const;
+  FileNumber Number(const Field& field, std::uint64_t at) const {
+    return NumberAt(image_, field, at);
+  }
   FileNumber Number(Part part, std::string_view name, std::uint64_t at) const {
     return Number(FieldNamed(InfoOf(part).fields, name), at);
   }
   /// What counts a part in the header that stands at `at`.
   FileNumber CountOf(Part part, std::uint64_t at) const {
-    return Number(InfoOf(part).counted.in, InfoOf(part).counted.by, at);
+    return workshop::CountOf(image_, part, at);
   }
 
   /// Accounts for the work of reading `bytes`. What is read more than once counts each time.

@@ -8,18 +8,13 @@
 #include <utility>
 #include <vector>
 
+#include "basis/tables.h"
 #include "basis/text.h"
 #include "tree/diff.h"
 #include "tree/json_tree.h"
 
 namespace VESKA::workshop {
 namespace {
-
-/// The name of one item of a list.
-std::string Singular(const std::string& list) {
-  if (list.ends_with("ies")) return list.substr(0, list.size() - 3) + "y";
-  return list.ends_with("s") ? list.substr(0, list.size() - 1) : list;
-}
 
 std::string ValueText(const Json& value) {
   return value.is_string() ? value.get<std::string>() : value.dump();
@@ -106,8 +101,8 @@ class Differ {
 
   std::vector<std::string> Take() { return std::move(lines_); }
 
-  /// `a` and `b` say which items of lists belong together; `full_a` and `full_b`, the same trees
-  /// with more keys, are compared.
+  /// `path` names the place as `InWords` does. `a` and `b` say which items of lists belong
+  /// together; `full_a` and `full_b`, the same trees with more keys, are compared.
   void Compare(const std::string& path, const Json& a, const Json& b, const Json& full_a,
                const Json& full_b) {
     if (full_a == full_b || (skips_lost_ && IsLost(full_b))) return;
@@ -136,7 +131,7 @@ class Differ {
   void Objects(const std::string& path, const Json& a, const Json& b, const Json& full_a,
                const Json& full_b) {
     const auto inside = [&path](const std::string& key) {
-      return path.empty() ? key : path + ": " + key;
+      return path.empty() ? key : path + " / " + key;
     };
     for (const auto& [key, value] : full_a.items()) {
       if (full_b.contains(key)) {
@@ -152,8 +147,7 @@ class Differ {
 
   void Lists(const std::string& path, const Json& a, const Json& b, const Json& full_a,
              const Json& full_b) {
-    const std::size_t start = path.rfind(": ");
-    const std::string list = start == std::string::npos ? path : path.substr(start + 2);
+    const std::string list = path.substr(path.rfind(' ') + 1);
     const std::string stem = path.substr(0, path.size() - list.size()) + Singular(list) + " ";
     for (const auto& [i, j] : Alignment::Of(a, b)) {
       const auto number = [](int index) { return std::to_string(index + 1); };
