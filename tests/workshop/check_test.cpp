@@ -234,6 +234,28 @@ TEST(CheckTest, KeepsTheFirstFindingsOfEachCode) {
   EXPECT_EQ(found->stands.find("memory"), std::string::npos) << found->stands;
 }
 
+TEST(CheckTest, NamesEachTableThatDoesNotLoad) {
+  const Bytes image = Sample(kFull);
+  const struct {
+    Bytes bytes;
+    std::vector<Table> tables;
+  } cases[] = {{image.With(4, Byte('x')), {}},  // the tables do
+               {image.Part(0, 512),
+                {Table::kPlayLists, Table::kMovie, Table::kStill, Table::kOriginalChain,
+                 Table::kUserChains, Table::kTexts, Table::kManufacturers}},
+               {image.With(2093, Word(60000)).With(1232, Word(60000)),
+                {Table::kMovie, Table::kOriginalChain}},
+               {image.Part(0, 6500), {Table::kTexts, Table::kManufacturers}}};
+  for (const auto& test : cases) {
+    std::vector<Table> tables;
+    for (const Finding& finding : Examine(test.bytes, kLimit).findings.Kept()) {
+      if (finding.code == kDoesNotLoad) tables.push_back(finding.table);
+    }
+    std::sort(tables.begin(), tables.end());
+    EXPECT_EQ(tables, test.tables);
+  }
+}
+
 TEST(CheckTest, PrintsALineForEachFinding) {
   EXPECT_EQ(ToText(Check(Sample("mixed_full").With(1108, Long(700))), "disc"),
             "disc:0x000454: error V207: movie: the end address lies before the end of the "

@@ -88,13 +88,13 @@ TEST(EditOperations, SetTexts) {
                                "M"};
   workshop::Edit(*info, words);
   const tag_IT_TXT* text = (*info->GetTextDataMgr()[0]).IT_TXT[0];
-  const auto bytes = [](const auto& field) { return Readable(field); };
+  const auto bytes = [](const auto& field) { return workshop::Readable(field); };
   EXPECT_EQ(bytes(info->GetMAT().GetHeader().text_93), "A");
   EXPECT_EQ(bytes(info->GetOriginalPGC().GetPGNode(1)->text_4), R"(a\\b\x82\xa0)");
   EXPECT_EQ(bytes(info->GetMAT().GetPlayListTable()[3]->text_8), "");
   EXPECT_EQ(bytes(info->GetMNFInfoTable().GetHeader().LAST_MNF_ID), "M");
   EXPECT_EQ(text->code, code);
-  EXPECT_EQ(Readable({text->text, text->length}), "new");
+  EXPECT_EQ(workshop::Readable({text->text, text->length}), "new");
 }
 
 TEST(EditOperations, RefuseWhatIsOutOfRangeAndChangeNothing) {

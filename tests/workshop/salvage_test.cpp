@@ -221,4 +221,14 @@ TEST(Salvage, KeepsAllThatIsSure) {
   }
 }
 
+/// The end address of the table tells how long the last information is.
+TEST(Salvage, KeepsTheWholeInformationOfAManufacturer) {
+  const Bytes image = Sample("mixed_full");
+  const Json whole = TreeOf(*workshop::Load(image))["manufacturers"]["items"];
+  // Where one lies is not known, and how long the one before it is.
+  const Salvaged result = workshop::Salvage(image.With(6926, Word(20)));
+  ASSERT_NE(result.info, nullptr) << ToText(result);
+  EXPECT_EQ(TreeOf(*result.info)["manufacturers"]["items"], Json::array({whole[2]}));
+}
+
 }  // namespace

@@ -73,6 +73,11 @@ constexpr PartInfo kParts[] = {
     {kManufacturerData, "data", {}, kBytes},
 };
 static_assert(std::size(kParts) == static_cast<std::size_t>(kManufacturerData) + 1);
+static_assert(std::all_of(std::begin(kParts), std::end(kParts), [](const PartInfo& part) {
+  const auto& header = kParts[static_cast<std::size_t>(part.counted.in)];
+  return part.counted.by == nullptr ||
+         FieldNamed(header.fields, part.counted.by).kind == FieldKind::kDerived;
+}));
 static_assert(offsetof(tag_M_C_GI, C_EPI_Ns) == offsetof(tag_S_C_GI, C_EPI_Ns) &&
               offsetof(tag_M_C_GI, C_TY) == offsetof(tag_S_C_GI, C_TY));
 
