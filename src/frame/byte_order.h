@@ -100,6 +100,16 @@ struct StillForm {
   std::uint64_t begin = 0;
 };
 
+/// The number that has these bytes in memory; not every standard library has std::bit_cast.
+consteval std::uint64_t InMemory(const std::array<unsigned char, 8>& bytes) {
+  std::uint64_t number = 0;
+  for (unsigned i = 0; i < 8; ++i) {
+    const unsigned at = std::endian::native == std::endian::big ? 7 - i : i;
+    number |= std::uint64_t{bytes[i]} << 8 * at;
+  }
+  return number;
+}
+
 consteval std::array<StillForm, 4> StillForms() {
   std::array<StillForm, 4> forms{};
   for (std::size_t i = 0; i < forms.size(); ++i) {
@@ -109,7 +119,7 @@ consteval std::array<StillForm, 4> StillForms() {
       if (swaps) begin[field.offset - 1] = 0xFF;
       for (unsigned j = 0; !swaps && j < field.width; ++j) stay[field.offset - 1 + j] = 0xFF;
     }
-    forms[i] = {std::bit_cast<std::uint64_t>(stay), std::bit_cast<std::uint64_t>(begin)};
+    forms[i] = {InMemory(stay), InMemory(begin)};
   }
   return forms;
 }

@@ -110,7 +110,7 @@ std::optional<Bytes> Vob(const Keeper& keep, const Structure& vob) {
   }
   if (is_cut) keep.Lose(vob, KeptWith(*vobus, "vobus"));
   Bytes bytes = keep.Copy(vob.offset, vob.size);
-  const std::size_t map_at = map->offset - vob.offset;
+  const auto map_at = static_cast<std::size_t>(map->offset - vob.offset);
   SetField<tag_TMAP_GI>(bytes, "TM_ENT_Ns", time_count, map_at);
   SetField<tag_TMAP_GI>(bytes, "VOBU_ENT_Ns", vobu_count, map_at);
   return bytes;
