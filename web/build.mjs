@@ -59,8 +59,7 @@ const policy = [
   "form-action 'none'",
 ].join("; ");
 
-let page = readFileSync(join(here, "index.html"), "utf8");
-page = page.replace(/<style>[^]*?<\/style>/, "<style>{{style}}</style>").replace(/>\s+</g, "><");
-page = page.replace(/{{(\w+)}}/g, (_, name) => ({ ...parts, policy })[name]);
+const template = readFileSync(join(here, "index.html"), "utf8");
+const page = template.replace(/{{(\w+)}}/g, (_, name) => ({ ...parts, policy })[name]);
 writeFileSync(out, page.trim() + "\n");
 console.log(`${out}: ${page.length} characters, ${Buffer.byteLength(page)} bytes`);

@@ -40,8 +40,8 @@ constexpr const char* kMemory = "there is not enough memory";
 
 std::string request;
 std::string answer;
-Bytes file;                            // what is open
-Bytes made;                            // the file that an answer comes with
+Bytes file;                             // what is open
+Bytes made;                             // the file that an answer comes with
 std::unique_ptr<VESKA::CVMGInfo> info;  // of the open file, once it was asked for
 
 const VESKA::CVMGInfo& Info() {
@@ -162,7 +162,8 @@ Json JsonOf(const SalvagedTable& table) {
   }
   Json losses = Json::array();
   for (const Loss& loss : table.losses) {
-    losses.push_back({{"words", InWords(loss.pointer)}, {"what", loss.what}, {"reason", loss.reason}});
+    losses.push_back(
+        {{"words", InWords(loss.pointer)}, {"what", loss.what}, {"reason", loss.reason}});
   }
   return {{"table", NameOf(table.table)},
           {"isLost", table.is_lost},
@@ -215,9 +216,9 @@ struct Request {
 };
 
 constexpr Request kRequests[] = {
-    {"open", 0, Open},         {"list", 0, List},       {"check", 1, CheckFile},
-    {"report", 1, ReportFile}, {"json", 0, Export},     {"branches", 3, Branches},
-    {"find", 2, Find},         {"preview", 1, Preview}, {"edit", 1, EditFile},
+    {"open", 0, Open},           {"list", 0, List},       {"check", 1, CheckFile},
+    {"report", 1, ReportFile},   {"json", 0, Export},     {"branches", 3, Branches},
+    {"find", 2, Find},           {"preview", 1, Preview}, {"edit", 1, EditFile},
     {"salvage", 0, SalvageFile}, {"locate", 2, LocateIn}, {"begins", 0, BeginsLike},
 };
 

@@ -42,7 +42,9 @@ class Taker : public TreeVisitor {
   void Optional(bool present, const std::function<void()>& content) override {
     if (present) content();
   }
-  void Derived(const char* name, std::uint64_t value) override { Leaf(name, std::to_string(value)); }
+  void Derived(const char* name, std::uint64_t value) override {
+    Leaf(name, std::to_string(value));
+  }
   void Block(const char* name, Bytes& bytes, std::size_t, std::size_t) override {
     Leaf(name, BlockText(bytes, decode_));
   }
@@ -69,7 +71,10 @@ class Browser : public Taker {
  public:
   Browser(const CVMGInfo& info, std::string_view pointer, int first, int most,
           const DecodeText& decode)
-      : Taker(info, decode), pointer_(pointer), words_(WordsOf(pointer)), first_(first),
+      : Taker(info, decode),
+        pointer_(pointer),
+        words_(WordsOf(pointer)),
+        first_(first),
         most_(most) {}
 
   std::vector<Branch> Take() { return std::move(branches_); }

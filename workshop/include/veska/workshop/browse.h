@@ -15,10 +15,10 @@ namespace VESKA::workshop {
 
 /// A field, a table, a record, a list or an item of one.
 struct Branch {
-  std::string pointer;  ///< its place as in the JSON document: "/original_chain/cells/6/C_TY"
-  std::string name;     ///< the last word of that; of an item of a list its number, from 1
-  std::string text;     ///< a field's value for people, or what a record or an item begins with
-  int children = 0;     ///< how many branches are directly below; 0 for a field
+  std::string pointer = {};  ///< its place as in the JSON document: "/original_chain/cells/6/C_TY"
+  std::string name = {};     ///< the last word of that; of an item of a list its number, from 1
+  std::string text = {};  ///< a field's value for people, or what a record or an item begins with
+  int children = 0;       ///< how many branches are directly below; 0 for a field
   bool is_list = false;
 };
 
