@@ -338,7 +338,7 @@ export class App {
       );
     });
     return [
-      h("h2", {}, t("files")),
+      h("h2", { id: "files-title" }, t("files")),
       h("ul", {}, ...items),
       this.openButtons(false),
       h("p", { class: "soft small" }, t("privacy")),
@@ -485,7 +485,7 @@ export class App {
       id: "panel",
       role: "tabpanel",
       "aria-labelledby": `tab-${this.tab}`,
-      class: `panel ${this.tab}`,
+      class: "panel",
     });
   }
 

@@ -52,6 +52,7 @@ function rowElement(disc: Disc, row: Row, refresh: () => void): HTMLElement {
     h("span", { class: "number" }, String(row.n)),
     h("span", { class: row.text ? "name" : "name soft" }, row.text || t("noText")),
     h("span", { class: "row-facts soft" }, row.facts.join(" · ")),
+    isEditable && h("span", { class: "twist soft", "aria-hidden": "true" }, isOpen ? "▾" : "▸"),
   ];
   return h(
     "li",

@@ -11,7 +11,9 @@ export function reportFrame(html: string, name: string): HTMLIFrameElement {
   });
   const fit = () => {
     const page = frame.contentDocument?.documentElement;
-    if (page) frame.style.height = `${Math.ceil(page.getBoundingClientRect().height)}px`;
+    if (!page) return;
+    const borders = frame.offsetHeight - frame.clientHeight;
+    frame.style.height = `${Math.ceil(page.getBoundingClientRect().height) + borders}px`;
   };
   frame.addEventListener("load", () => {
     const page = frame.contentDocument?.documentElement;
