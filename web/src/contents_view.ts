@@ -3,7 +3,7 @@ import { button, h } from "./dom";
 import type { Disc } from "./disc";
 import { type Editing, whatProgram } from "./editing";
 import type { Program } from "./protocol";
-import { date, duration, type Message, number, size, t, upper } from "./texts";
+import { date, duration, type Message, number, say, size, t } from "./texts";
 
 /** Which rows show what can be done, by "disc id/row". */
 const expanded = new Set<string>();
@@ -64,14 +64,15 @@ function rowElement(disc: Disc, row: Row, refresh: () => void): HTMLElement {
             type: "button",
             class: "line",
             "aria-expanded": String(isOpen),
-            "aria-label": `${upper(t(row.what.key, row.what.args))}, ${row.facts.join(", ")}. ${t("actionsFor", { what: row.what })}`,
             "data-key": row.key,
             onclick: toggle,
           },
           ...line,
         )
       : h("div", { class: "line" }, ...line),
-    isEditable && isOpen && h("div", { class: "actions" }, ...row.actions),
+    isEditable &&
+      isOpen &&
+      h("div", { class: "actions", role: "group", "aria-label": say(row.what) }, ...row.actions),
   );
 }
 
