@@ -220,27 +220,40 @@ export class App {
 
   // --- showing
 
+  /** Shows everything anew, at once when all of it is known. */
   private async render(): Promise<void> {
     const turn = ++this.turn;
     const disc = this.shown;
-    if (disc && !disc.listing) {
-      try {
-        disc.listing = await this.workshop.list(disc.source);
-      } catch (error) {
-        this.failed(error);
-        this.discs.splice(this.discs.indexOf(disc), 1);
-        this.shown = this.discs[0];
-        return this.render();
+    const main = byId("main");
+    const late = setTimeout(() => main.setAttribute("aria-busy", "true"), 150);
+    try {
+      if (disc && !disc.listing) {
+        const listing = await this.workshop.list(disc.source);
+        if (turn !== this.turn) return;
+        disc.listing = listing;
       }
+      const panel = disc ? this.panel(await this.tabContent(disc)) : null;
       if (turn !== this.turn) return;
+      document.title = disc ? `${disc.isChanged ? "• " : ""}${disc.name} – veska` : "veska";
+      replace(byId("top"), ...this.top());
+      replace(byId("files"), ...this.files());
+      byId("page").classList.toggle("empty", !disc);
+      replace(main, ...(disc && panel ? [...this.head(disc), panel] : this.start()));
+    } catch (error) {
+      if (turn === this.turn) this.cannotShow(disc, error);
+    } finally {
+      clearTimeout(late);
+      if (turn === this.turn) main.removeAttribute("aria-busy");
     }
-    document.title = disc ? `${disc.isChanged ? "• " : ""}${disc.name} – veska` : "veska";
-    replace(byId("top"), ...this.top());
-    replace(byId("files"), ...this.files());
-    byId("page").classList.toggle("empty", !disc);
-    if (!disc) return replace(byId("main"), ...this.start());
-    replace(byId("main"), ...this.head(disc), this.panel());
-    await this.showTab(disc, turn);
+  }
+
+  /** A file of which not even a list can be made is not kept open. */
+  private cannotShow(disc: Disc | undefined, error: unknown): void {
+    this.failed(error);
+    if (!disc || disc.listing) return;
+    this.discs.splice(this.discs.indexOf(disc), 1);
+    this.shown = this.discs[0];
+    void this.render();
   }
 
   private top(): HTMLElement[] {
@@ -480,39 +493,26 @@ export class App {
     void this.render();
   }
 
-  private panel(): HTMLElement {
-    return h("div", {
-      id: "panel",
-      role: "tabpanel",
-      "aria-labelledby": `tab-${this.tab}`,
-      class: "panel",
-    });
+  private panel(content: HTMLElement[]): HTMLElement {
+    return h(
+      "div",
+      { id: "panel", role: "tabpanel", "aria-labelledby": `tab-${this.tab}`, class: "panel" },
+      ...content,
+    );
   }
 
-  private async showTab(disc: Disc, turn: number): Promise<void> {
-    const panel = byId("panel");
+  private async tabContent(disc: Disc): Promise<HTMLElement[]> {
     const { tab } = this;
-    const late = setTimeout(() => {
-      if (panel.childElementCount === 0) panel.append(h("p", { class: "soft" }, t("working")));
-    }, 200);
-    try {
-      const content = await this.tabContent(disc, tab);
-      if (turn === this.turn) panel.replaceChildren(...content);
-    } catch (error) {
-      this.failed(error);
-    } finally {
-      clearTimeout(late);
-    }
-  }
-
-  private async tabContent(disc: Disc, tab: Tab): Promise<HTMLElement[]> {
-    const { loads } = disc.listing!;
+    const { bytes } = disc;
     if (tab === "contents") return this.contents.render(disc);
     if (tab === "check") {
-      disc.examination ??= await this.workshop.check(disc.source, disc.name);
-      return this.check.render(disc, disc.examination);
+      const examination = disc.examination ?? (await this.workshop.check(disc.source, disc.name));
+      if (disc.bytes === bytes) disc.examination = examination;
+      return this.check.render(disc, examination);
     }
-    if (!loads) return [h("p", { class: "soft" }, t(tab === "report" ? "noReport" : "noFields"))];
+    if (!disc.listing!.loads) {
+      return [h("p", { class: "soft" }, t(tab === "report" ? "noReport" : "noFields"))];
+    }
     if (tab === "report") {
       return [reportFrame(await this.workshop.report(disc.source, disc.name), disc.name)];
     }

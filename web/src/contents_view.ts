@@ -116,21 +116,22 @@ export class ContentsView {
     const program = programs[n - 1]!;
     const what = whatProgram(disc, n);
     const key = `program-${n}`;
-    const move = (text: string, to: number) =>
-      button(
+    const move = (text: string, to: number) => {
+      const up = to < n ? "up" : "down";
+      const mover: HTMLButtonElement = button(
         text,
         () => {
+          mover.dataset.key = `program-${to}-${up}`; // the focus goes along
           if (expanded.delete(`${disc.id}/${key}`)) expanded.add(`${disc.id}/program-${to}`);
           void this.editing.run(disc, ["move-program", String(n), String(to)], {
             key: "stepMoved",
             args: { what, to },
           });
         },
-        {
-          disabled: to < 1 || to > programs.length,
-          "data-key": `${key}-${to < n ? "up" : "down"}`,
-        },
+        { disabled: to < 1 || to > programs.length, "data-key": `${key}-${up}` },
       );
+      return mover;
+    };
     const join = () =>
       this.editing.run(disc, ["join-programs", String(n)], { key: "stepJoined", args: { what } });
     const last = program.firstCell + program.cells - 1;

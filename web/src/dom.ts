@@ -24,15 +24,23 @@ export function button(text: string, onclick: () => void, props: Props = {}): HT
   return h("button", { type: "button", ...props, onclick }, text);
 }
 
+/** Gives the focus to what has a key, or to what stands for more: "row-3-up", "row-3", "save". */
+function focusKey(root: ParentNode, key: string): void {
+  const keys = [key];
+  while (/-[^-]*$/.test(keys.at(-1)!)) keys.push(keys.at(-1)!.replace(/-+[^-]*$/, ""));
+  for (const one of [...keys, "save"]) {
+    const there = root.querySelector<HTMLElement>(`[data-key="${CSS.escape(one)}"]:not(:disabled)`);
+    if (there) return there.focus({ preventScroll: true });
+  }
+}
+
 /** Puts new children into an element; what had the focus keeps it by its `data-key`. */
 export function replace(element: Element, ...children: Child[]): void {
   const active = document.activeElement;
   const key =
     active instanceof HTMLElement && element.contains(active) ? active.dataset.key : undefined;
   element.replaceChildren(...children.filter((child): child is Node | string => !!child));
-  if (!key) return;
-  const again = element.querySelector<HTMLElement>(`[data-key="${CSS.escape(key)}"]`);
-  again?.focus({ preventScroll: true });
+  if (key) focusKey(element, key);
 }
 
 export interface DialogParts {
@@ -81,8 +89,7 @@ export function ask(parts: DialogParts): { dialog: HTMLDialogElement; answer: Pr
     dialog.addEventListener("close", () => {
       dialog.remove();
       done(isConfirmed);
-      const again = key && document.querySelector<HTMLElement>(`[data-key="${CSS.escape(key)}"]`);
-      if (again) again.focus();
+      if (key) focusKey(document, key);
     });
   });
   dialog.showModal();

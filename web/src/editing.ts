@@ -14,7 +14,7 @@ export function effectList(lines: string[]): HTMLElement {
   const shown = lines.slice(0, MOST_EFFECTS).map((line) => h("li", {}, line));
   const rest = lines.length - shown.length;
   if (rest > 0) shown.push(h("li", {}, t("more", { n: rest })));
-  return h("ul", { class: "effects" }, ...shown);
+  return h("ul", { class: "effects", tabindex: 0, "aria-label": t("effects") }, ...shown);
 }
 
 export interface EditHost {
