@@ -11,13 +11,16 @@ namespace {
 /// Where the chart's values lie in its drawing.
 struct Plot {
   static constexpr double kLeft = 44;
-  static constexpr double kRight = kChartWidth - 80;
   static constexpr double kTop = 18;
   static constexpr double kBottom = 138;
   double seconds;
   double top;
+  int width;
 
-  double X(double at) const { return kLeft + at / seconds * (kRight - kLeft); }
+  bool IsNarrow() const { return width < kPageWidth; }
+  /// On a page the text of the mean stands beside the values.
+  double Right() const { return IsNarrow() ? width - 4 : width - 80; }
+  double X(double at) const { return kLeft + at / seconds * (Right() - kLeft); }
   double Y(double mbit) const { return kBottom - mbit / top * (kBottom - kTop); }
 };
 
@@ -45,12 +48,12 @@ void DrawGrid(Svg& svg, const Plot& plot) {
     if (mark > plot.top * 1.0001) break;
     const double y = plot.Y(mark);
     svg.Path(mark == 0 ? "axis" : "grid",
-             "M" + Point(Plot::kLeft, y) + "H" + Coordinate(Plot::kRight));
+             "M" + Point(Plot::kLeft, y) + "H" + Coordinate(plot.Right()));
     svg.Text("mark to", Plot::kLeft - 7, y + 4, Decimal(mark, 3));
   }
   svg.Text("mark from", 0, Plot::kTop - 7, "Mbit/s");
-  const std::vector<double> times = TimeMarks(plot.seconds, 10);
-  const double scale = (Plot::kRight - Plot::kLeft) / plot.seconds;
+  const std::vector<double> times = TimeMarks(plot.seconds, MarksIn(plot.width));
+  const double scale = (plot.Right() - Plot::kLeft) / plot.seconds;
   DrawAxis(svg, times, plot.seconds, Plot::kLeft, scale, Plot::kBottom,
            [&](double mark) { return TimeMark(mark, times); });
   const char* unit = times.back() < 60 ? "s" : times.back() < 3600 ? "m:s" : "h:m:s";
@@ -59,11 +62,11 @@ void DrawGrid(Svg& svg, const Plot& plot) {
 
 }  // namespace
 
-std::string BitrateChart(const Bitrate& bitrate, double top, int number) {
-  const Plot plot{bitrate.seconds, top};
+std::string BitrateChart(const Bitrate& bitrate, double top, int number, int width) {
+  const Plot plot{bitrate.seconds, top, width};
   const std::vector<BitrateStep>& steps = bitrate.steps;
   const std::string vob = "VOB " + std::to_string(number);
-  Svg svg("vob" + std::to_string(number), kChartWidth, Plot::kBottom + 22,
+  Svg svg("vob" + std::to_string(number), width, Plot::kBottom + 22,
           "Bitrate of " + vob + " over time",
           "Mean " + Fixed(bitrate.mean, 2) + " and highest " + Fixed(bitrate.highest, 2) +
               " Mbit/s in " + DurationText(bitrate.seconds) + ".");
@@ -84,8 +87,13 @@ std::string BitrateChart(const Bitrate& bitrate, double top, int number) {
   svg.Path("curve", "M" + Point(plot.X(0), plot.Y(steps.front().mean)) + means);
   svg.NewLine();
   const double mean = plot.Y(bitrate.mean);
-  svg.Path("mean", "M" + Point(Plot::kLeft, mean) + "H" + Coordinate(Plot::kRight));
-  svg.Text("mean-text from", Plot::kRight + 6, mean + 4, "mean " + Fixed(bitrate.mean, 2));
+  svg.Path("mean", "M" + Point(Plot::kLeft, mean) + "H" + Coordinate(plot.Right()));
+  const std::string text = "mean " + Fixed(bitrate.mean, 2);
+  if (plot.IsNarrow()) {
+    svg.Text("mean-text to", plot.Right(), mean - 4, text);
+  } else {
+    svg.Text("mean-text from", plot.Right() + 6, mean + 4, text);
+  }
   return svg.End();
 }
 

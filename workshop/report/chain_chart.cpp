@@ -51,7 +51,7 @@ void DrawPrograms(Svg& svg, const ScaledChain& scaled, double unit) {
 
 /// A triangle for each mark, with its label where there is room.
 void DrawMarks(Svg& svg, const ScaledChain& scaled, const std::vector<ChainMark>& marks,
-               double unit) {
+               double unit, int all) {
   constexpr double kMarkWidth = 8;
   double last = -kMarkWidth;
   double free_from = last;
@@ -62,9 +62,9 @@ void DrawMarks(Svg& svg, const ScaledChain& scaled, const std::vector<ChainMark>
     svg.Path("point", "M" + Point(at, kTop - 2) + "l-4 -7h8z", mark.title);
     const double width = 8.0 * static_cast<double>(mark.label.size());
     if (at - width / 2 < free_from) continue;
-    svg.Text(at < width                 ? "mark from"
-             : at > kChartWidth - width ? "mark to"
-                                        : "mark",
+    svg.Text(at < width         ? "mark from"
+             : at > all - width ? "mark to"
+                                : "mark",
              at, kTop - 12, mark.label);
     free_from = at + width;
   }
@@ -101,18 +101,18 @@ std::string BarAxis(double full, bool by_time, int width) {
   return svg.End();
 }
 
-std::string ChainChart(const ScaledChain& scaled, const std::vector<ChainMark>& marks) {
+std::string ChainChart(const ScaledChain& scaled, const std::vector<ChainMark>& marks, int width) {
   const double full = scaled.begins.back();
-  const double unit = kChartWidth / std::max(full, 1e-9);
-  Svg svg("chain", kChartWidth, kAxis + 22, "The programs of the original chain in a row",
+  const double unit = width / std::max(full, 1e-9);
+  Svg svg("chain", width, kAxis + 22, "The programs of the original chain in a row",
           "Programs above, their cells below, drawn to scale. The table below says the same in "
           "numbers.");
   DrawPrograms(svg, scaled, unit);
   DrawStretches(svg, CellStretches(scaled, 0, scaled.chain.GetCellCount()), unit, kCellTop,
                 kCellHeight);
   svg.NewLine();
-  DrawMarks(svg, scaled, marks, unit);
-  DrawAxis(svg, scaled.by_time, 10, full, unit, kAxis);
+  DrawMarks(svg, scaled, marks, unit, width);
+  DrawAxis(svg, scaled.by_time, MarksIn(width), full, unit, kAxis);
   return svg.End();
 }
 

@@ -111,7 +111,9 @@ std::string OriginalChainSection(const Facts& facts) {
   return Section(
       heading,
       LengthNote(by_time) +
-          Figure(ChainChart(ScaledChain(chain, by_time), marks),
+          Figure(ForBothWidths([&](int width) {
+                   return ChainChart(ScaledChain(chain, by_time), marks, width);
+                 }),
                  "Programs above and cells below, " +
                      std::string(by_time ? "by time" : "by number") +
                      ": <span class=\"key movie\"></span>movie, <span class=\"key "

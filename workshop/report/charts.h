@@ -12,8 +12,16 @@
 
 namespace VESKA::workshop {
 
-/// The width of the drawings that fill the page, in units of about a pixel.
-inline constexpr int kChartWidth = 960;
+/// The widths of the drawings that fill the page, in units of about a pixel: each is drawn for a
+/// page and for a phone, and the style sheet shows the one that fits.
+inline constexpr int kPageWidth = 960;
+inline constexpr int kPhoneWidth = 342;
+template <class Draw>
+std::string ForBothWidths(const Draw& draw) {
+  return draw(kPageWidth) + draw(kPhoneWidth);
+}
+/// How many marks an axis of that width has room for.
+inline int MarksIn(int width) { return width / 90; }
 
 /// True for the tables and the header, where they are found.
 bool IsWholeTable(const Structure& structure);
@@ -22,7 +30,7 @@ std::string LookOf(Table table);
 
 /// The structures of a file of `size` bytes to scale: the tables, what they are made of, and an
 /// axis in bytes. Structures too small to be seen are drawn together.
-std::string FileMapChart(const ImageMap& map, std::uint64_t size);
+std::string FileMapChart(const ImageMap& map, std::uint64_t size, int width);
 
 /// True when every cell of a chain has a length: the time between its two clock values.
 bool HasCellLengths(const CPGCInfo& chain);
@@ -53,9 +61,9 @@ struct ChainMark {
   std::string title;
 };
 /// The programs of a chain in a row, to scale, with marks at what points at their cells.
-std::string ChainChart(const ScaledChain& scaled, const std::vector<ChainMark>& marks);
+std::string ChainChart(const ScaledChain& scaled, const std::vector<ChainMark>& marks, int width);
 
 /// The bitrate of a VOB over time. The axis reaches up to `top` Mbit/s.
-std::string BitrateChart(const Bitrate& bitrate, double top, int number);
+std::string BitrateChart(const Bitrate& bitrate, double top, int number, int width);
 
 }  // namespace VESKA::workshop

@@ -45,29 +45,29 @@ bool IsWholeTable(const Structure& structure) {
 
 std::string LookOf(Table table) { return "t" + std::to_string(static_cast<int>(table)); }
 
-std::string FileMapChart(const ImageMap& map, std::uint64_t size) {
+std::string FileMapChart(const ImageMap& map, std::uint64_t size, int width) {
   constexpr double kTop = 8;
   constexpr double kTableHeight = 40;
   constexpr double kPartHeight = 18;
   constexpr double kAxis = kTop + kTableHeight + 3 + kPartHeight + 4;
   const auto bytes = static_cast<double>(size);
-  const double scale = kChartWidth / std::max(bytes, 1.0);
+  const double scale = width / std::max(bytes, 1.0);
 
-  Svg svg("map", kChartWidth, kAxis + 22, "Map of the file",
+  Svg svg("map", width, kAxis + 22, "Map of the file",
           "Which table lies where in the file, to scale. The table below says "
           "the same in numbers.");
-  svg.Rect("unused", 0, kTop, kChartWidth, kTableHeight + 3 + kPartHeight, "used by no table");
+  svg.Rect("unused", 0, kTop, width, kTableHeight + 3 + kPartHeight, "used by no table");
   const std::vector<Stretch> tables = FileStretches(map, true);
   DrawStretches(svg, tables, scale, kTop, kTableHeight);
   for (const Stretch& table : tables) {
-    const double width = (table.end - table.begin) * scale;
-    if (width < 8.0 * static_cast<double>(table.name.size())) continue;
-    svg.Text("on-bar", table.begin * scale + width / 2, kTop + kTableHeight / 2 + 5, table.name);
+    const double room = (table.end - table.begin) * scale;
+    if (room < 8.0 * static_cast<double>(table.name.size())) continue;
+    svg.Text("on-bar", table.begin * scale + room / 2, kTop + kTableHeight / 2 + 5, table.name);
   }
   svg.NewLine();
   DrawStretches(svg, FileStretches(map, false), scale, kTop + kTableHeight + 3, kPartHeight);
   svg.NewLine();
-  DrawAxis(svg, CountMarks(bytes, 10), bytes, 0, scale, kAxis, [](double mark) {
+  DrawAxis(svg, CountMarks(bytes, MarksIn(width)), bytes, 0, scale, kAxis, [](double mark) {
     return Grouped(static_cast<std::uint64_t>(mark)) + (mark == 0 ? " bytes" : "");
   });
   return svg.End();

@@ -95,7 +95,9 @@ std::string VobChart(const Bitrate& bitrate, double top, int number) {
     return heading + "<p class=\"note\">Its time map has no VOBU with a playback time.</p>\n";
   }
   const double end = std::max(top != 0 ? top : bitrate.highest, kLeastTop);
-  return heading + Figure(BitrateChart(bitrate, end, number), BitrateNote(bitrate));
+  return heading +
+         Figure(ForBothWidths([&](int width) { return BitrateChart(bitrate, end, number, width); }),
+                BitrateNote(bitrate));
 }
 
 }  // namespace
@@ -119,7 +121,8 @@ std::string FileMapSection(const Facts& facts) {
       "The file",
       Paragraph(
           "Which table lies where, to scale: the tables above, what they are made of below.") +
-          Figure(FileMapChart(facts.map, facts.bytes.size())) +
+          Figure(ForBothWidths(
+              [&](int width) { return FileMapChart(facts.map, facts.bytes.size(), width); })) +
           HtmlTable("The tables in the order of the file",
                     TextHead("Table") + NumberHead("From byte") + NumberHead("Bytes") +
                         NumberHead("Share") + TextHead("Holds"),

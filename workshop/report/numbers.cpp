@@ -3,15 +3,21 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <cstdio>
 #include <iterator>
 
 namespace VESKA::workshop {
 
 std::string Fixed(double value, int digits) {
   std::array<char, 400> buffer{};
+#ifdef __EMSCRIPTEN__  // its library has no other way, and its locale is always "C"
+  return {buffer.data(), static_cast<std::size_t>(
+                             std::snprintf(buffer.data(), buffer.size(), "%.*f", digits, value))};
+#else
   const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value,
                                     std::chars_format::fixed, digits);
   return {buffer.data(), result.ptr};
+#endif
 }
 
 std::string Decimal(double value, int digits) {

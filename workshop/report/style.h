@@ -86,9 +86,22 @@ footer { margin: 56px 0 0; padding: 14px 0 0; border-top: 1px solid var(--rule);
   th, td { padding-right: 14px; }
   figure .wide { padding-top: 3px; }
   figure svg { overflow: visible; }
-  figure svg text { font-size: 17px; }
-  figure svg .on-bar { display: none; }
-  figure svg .mean-text { text-anchor: end; transform: translate(-12px, -9px); }
+  figure .w960 text { font-size: 17px; }
+  figure .w960 .on-bar { display: none; }
+  figure .w960 .mean-text { text-anchor: end; transform: translate(-12px, -9px); }
+}
+.w342 { display: none; }
+@media (max-width: 600px) {
+  body { padding: 24px 16px 40px; }
+  .w960 { display: none; }
+  .w342 { display: block; }
+  .wide:has(.bar) table, .wide:has(.bar) thead, .wide:has(.bar) tbody { display: block; }
+  tr:has(> .bar) { display: flex; flex-wrap: wrap; }
+  tr:has(> .bar) > * { border-bottom: 0; }
+  tr:has(> .bar) > .text { flex: 1; }
+  tr:has(> .bar) > .bar { flex: 0 0 100%; border-bottom: 1px solid var(--grid); padding-bottom: 8px; }
+  thead th.n { white-space: normal; }
+  .bar svg { width: 100%; height: auto; }
 }
 @media print { body { padding: 0; } h2, figure { break-after: avoid; break-inside: avoid; } }
 )css";

@@ -24,11 +24,14 @@ std::string EndOf(const std::string& element, const std::string& title) {
 
 }  // namespace
 
-Svg::Svg(const std::string& id, double width, double height, const std::string& title,
-         const std::string& description)
-    : text_("<svg viewBox=\"0 0 " + Point(width, height) + "\" role=\"img\" aria-labelledby=\"" +
-            id + "-t " + id + "-d\"><title id=\"" + id + "-t\">" + EscapeHtml(title) +
-            "</title><desc id=\"" + id + "-d\">" + EscapeHtml(description) + "</desc>\n") {}
+Svg::Svg(const std::string& id, int width, double height, const std::string& title,
+         const std::string& description) {
+  const std::string own = id + "-" + std::to_string(width);
+  text_ = "<svg class=\"w" + std::to_string(width) + "\" viewBox=\"0 0 " + Point(width, height) +
+          "\" role=\"img\" aria-labelledby=\"" + own + "-t " + own + "-d\"><title id=\"" + own +
+          "-t\">" + EscapeHtml(title) + "</title><desc id=\"" + own + "-d\">" +
+          EscapeHtml(description) + "</desc>\n";
+}
 
 Svg::Svg(double width, double height)
     : text_("<svg" + Attribute("width", width) + Attribute("height", height) + " viewBox=\"0 0 " +

@@ -10,8 +10,9 @@ namespace VESKA::workshop {
 
 class Svg {
  public:
-  /// `title` and `description` are for who cannot see the drawing; `id` is unique in the page.
-  Svg(const std::string& id, double width, double height, const std::string& title,
+  /// `title` and `description` are for who cannot see the drawing; `id` and the width are unique in
+  /// the page, and the width is the drawing's class.
+  Svg(const std::string& id, int width, double height, const std::string& title,
       const std::string& description);
   /// One that only repeats what the text beside it says.
   Svg(double width, double height);
