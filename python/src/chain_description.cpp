@@ -116,7 +116,17 @@ void CopyCell(void* chain, int i, void* to, const void* from) {
   }
 }
 
+void CopyChain(void*, int, void* to, const void* from) {
+  At<CPGCInfo>(to) = At<CPGCInfo>(from);
+  CopyAddresses(At<CPGCInfo>(from), At<CPGCInfo>(to));
+}
+
 }  // namespace
+
+void CopyAddresses(const CPGCInfo& from, CPGCInfo& to) {
+  auto cell = to.Cells().begin();
+  for (const tag_C_ITEM& item : from.Cells()) (*cell++).CI_SA = item.CI_SA;
+}
 
 const Type& ChainType() {
   static const Type type = [] {
@@ -146,6 +156,7 @@ const Type& UserChainsType() {
     Type made = WithHeader<CUserPGCTable>("UserChains", "The user-defined program chains.");
     List chains = ListOf<Nodes, CUserPGCTable>("chains", kByte);
     HasItems<tag_UD_PGCI_ITEM, ChainType>(chains, [](auto& item) -> auto& { return item.UD_PGCI; });
+    chains.copy = CopyChain;
     made.lists = {chains};
     return made;
   }();

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <pybind11/pybind11.h>
+#include <veska/CPGCInfo.h>
 #include <veska/layouts.h>
 
 #include <cstddef>
@@ -99,6 +100,9 @@ struct Type {
   bool has_bitrate = false;
   bool (*equal)(const void* a, const void* b) = nullptr;
 };
+
+/// Gives the cells of a copied chain the addresses of the first one's, which a copy lacks.
+void CopyAddresses(const VESKA::CPGCInfo& from, VESKA::CPGCInfo& to);
 
 /// The file itself, at whose address stands a CVMGInfo.
 const Type& FileType();

@@ -9,6 +9,7 @@
 
 #include "description.h"
 #include "source.h"
+#include "values.h"
 
 namespace veska_python {
 namespace {
@@ -44,8 +45,8 @@ void Complete(const FileView& file) {
   file.root->file().is_edited = false;
 }
 
-/// Completes what was edited, unless it was said whether to.
-void CompleteFor(const FileView& file, std::optional<bool> complete) {
+/// What is to be saved: completed where it was edited, unless it was said whether to.
+std::unique_ptr<CVMGInfo> Ready(const FileView& file, std::optional<bool> complete) {
   if (complete.value_or(file.root->file().is_edited)) Complete(file);
   // The library saves what has no identifier, and does not load it again.
   const auto& header = file.Info().GetMAT().GetHeader();
@@ -54,23 +55,37 @@ void CompleteFor(const FileView& file, std::optional<bool> complete) {
     failure.kind = VESKA::FailureKind::kNotManagement;
     throw FileProblem("SaveError", failure, file.name);
   }
+  return CopyOf(file.Info());
+}
+
+/// A file that is laid out in another way is saved only as completing lays it out.
+bool NeedsCompleting(const CVMGInfo& refused, std::optional<bool> complete) {
+  return !complete && refused.GetFailure().kind == VESKA::FailureKind::kWouldNotReadBack;
 }
 
 void Save(const FileView& file, const py::object& to, std::optional<bool> complete) {
   const std::filesystem::path path = PathOf(to);
-  CompleteFor(file, complete);
-  const std::unique_ptr<CVMGInfo> copy = CopyOf(file.Info());
   const std::string name = ShownPath(to);
+  const std::unique_ptr<CVMGInfo> copy = Ready(file, complete);
   const py::gil_scoped_release free;
-  if (!copy->SaveToFile(path)) throw FileProblem("SaveError", copy->GetFailure(), name);
+  if (copy->SaveToFile(path)) return;
+  if (NeedsCompleting(*copy, complete)) {
+    copy->AutoComplete();
+    if (copy->SaveToFile(path)) return;
+  }
+  throw FileProblem("SaveError", copy->GetFailure(), name);
 }
 
 py::bytes ToImage(const FileView& file, std::optional<bool> complete) {
-  CompleteFor(file, complete);
+  const std::unique_ptr<CVMGInfo> copy = Ready(file, complete);
   unsigned long size = 0;
-  unsigned char* const image = file.Info().SaveToMemory(&size);
-  if (image == nullptr) throw FileProblem("SaveError", file.Info().GetFailure(), file.name);
-  const auto free = [&file](unsigned char* data) { file.Info().FreeData(data); };
+  unsigned char* image = copy->SaveToMemory(&size);
+  if (image == nullptr && NeedsCompleting(*copy, complete)) {
+    copy->AutoComplete();
+    image = copy->SaveToMemory(&size);
+  }
+  if (image == nullptr) throw FileProblem("SaveError", copy->GetFailure(), file.name);
+  const auto free = [&copy](unsigned char* data) { copy->FreeData(data); };
   const std::unique_ptr<unsigned char, decltype(free)> owner(image, free);
   return {reinterpret_cast<const char*>(image), size};
 }
@@ -140,9 +155,8 @@ FileView DeepCopy(const FileView& file) {
 py::tuple Reduce(const py::object& self) {
   const auto& file = py::cast<const FileView&>(self);
   const Bytes image = ImageOf(file);
-  return py::make_tuple(
-      py::module_::import("veska").attr("load"),
-      py::make_tuple(py::bytes(reinterpret_cast<const char*>(image.data()), image.size())));
+  return py::make_tuple(py::module_::import("veska._values").attr("file_of"),
+                        py::make_tuple(ToBytes(image), file.name));
 }
 
 py::object Equal(const FileView& a, const py::object& other) {

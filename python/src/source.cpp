@@ -14,11 +14,6 @@ using VESKA::CVMGInfo;
 using VESKA::Failure;
 using VESKA::FailureKind;
 
-void CopyAddresses(const VESKA::CPGCInfo& from, VESKA::CPGCInfo& to) {
-  auto cell = to.Cells().begin();
-  for (const VESKA::tag_C_ITEM& item : from.Cells()) (*cell++).CI_SA = item.CI_SA;
-}
-
 [[noreturn]] void Fail(FailureKind kind, const std::string& where, int error = 0) {
   Failure failure;
   failure.kind = kind;
@@ -44,13 +39,6 @@ Bytes ReadWhole(const std::filesystem::path& path, const std::string& name) {
 }
 
 }  // namespace
-
-std::string Utf8(py::handle text) {
-  py::ssize_t size = 0;
-  const char* const bytes = PyUnicode_AsUTF8AndSize(text.ptr(), &size);
-  if (bytes == nullptr) throw py::error_already_set();
-  return {bytes, static_cast<std::size_t>(size)};
-}
 
 std::filesystem::path PathOf(const py::object& path) {
   PyObject* converted = nullptr;
@@ -80,17 +68,16 @@ std::unique_ptr<CVMGInfo> CopyOf(const CVMGInfo& info) {
 }
 
 Bytes ImageOf(const FileView& file) {
-  std::unique_ptr<CVMGInfo> copy;
-  CVMGInfo* info = &file.Info();
-  if (file.root->file().is_edited) {
-    copy = CopyOf(*info);
-    info = copy.get();
-    info->AutoComplete();
-  }
+  std::unique_ptr<CVMGInfo> copy = CopyOf(file.Info());
+  if (file.root->file().is_edited) copy->AutoComplete();
   unsigned long size = 0;
-  unsigned char* const image = info->SaveToMemory(&size);
-  if (image == nullptr) throw FileProblem("SaveError", info->GetFailure(), file.name);
-  const auto free = [info](unsigned char* data) { info->FreeData(data); };
+  unsigned char* image = copy->SaveToMemory(&size);
+  if (image == nullptr && copy->GetFailure().kind == FailureKind::kWouldNotReadBack) {
+    copy->AutoComplete();
+    image = copy->SaveToMemory(&size);
+  }
+  if (image == nullptr) throw FileProblem("SaveError", copy->GetFailure(), file.name);
+  const auto free = [&copy](unsigned char* data) { copy->FreeData(data); };
   const std::unique_ptr<unsigned char, decltype(free)> owner(image, free);
   return {image, image + size};
 }

@@ -24,9 +24,6 @@ struct FileView {
   VESKA::CVMGInfo& Info() const { return *root->file().info; }
 };
 
-/// A str in UTF-8. Raises what Python raises where it has none.
-std::string Utf8(py::handle text);
-
 /// A path as the platform has it, of str, bytes or os.PathLike.
 std::filesystem::path PathOf(const py::object& path);
 
@@ -36,7 +33,8 @@ std::string ShownPath(const py::object& path);
 /// A copy that would be saved as the object would. (A copy by itself has no addresses of cells.)
 std::unique_ptr<VESKA::CVMGInfo> CopyOf(const VESKA::CVMGInfo& info);
 
-/// The image of a file, completed where it was edited, without changing it. Raises SaveError.
+/// The image of a file, completed where it was edited or could not be saved otherwise, without
+/// changing it. Throws FileProblem.
 Bytes ImageOf(const FileView& file);
 
 /// A management file that was given. It is looked at while the interpreter's lock is held, and

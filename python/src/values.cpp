@@ -147,8 +147,15 @@ std::uint64_t NumberOf(py::handle value, const std::string& name, std::uint64_t 
   return result;
 }
 
+std::string Utf8(py::handle text) {
+  py::ssize_t size = 0;
+  const char* const bytes = PyUnicode_AsUTF8AndSize(text.ptr(), &size);
+  if (bytes == nullptr) throw py::error_already_set();
+  return {bytes, static_cast<std::size_t>(size)};
+}
+
 std::string BytesOf(py::handle value, const std::string& name) {
-  if (py::isinstance<py::str>(value)) return py::cast<std::string>(value);
+  if (py::isinstance<py::str>(value)) return Utf8(value);
   if (PyObject_CheckBuffer(value.ptr()) != 0) {
     const auto bytes = py::reinterpret_steal<py::bytes>(PyBytes_FromObject(value.ptr()));
     if (!bytes) throw py::error_already_set();

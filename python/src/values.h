@@ -15,6 +15,9 @@ namespace veska_python {
 /// A whole number from 0 to `most`. Raises TypeError, or ValueError with the name and the range.
 std::uint64_t NumberOf(py::handle value, const std::string& name, std::uint64_t most);
 
+/// A str in UTF-8. Raises what Python raises where it has none.
+std::string Utf8(py::handle text);
+
 /// The bytes of a string, which are those of its UTF-8, or of an object that holds bytes.
 std::string BytesOf(py::handle value, const std::string& name);
 

@@ -1,6 +1,9 @@
 """The values of fields that are neither numbers nor plain bytes."""
 
-from typing import NamedTuple, Optional, Union
+from typing import TYPE_CHECKING, NamedTuple, Optional, Union
+
+if TYPE_CHECKING:
+    from ._veska import File
 
 
 class Clock(NamedTuple):
@@ -32,3 +35,12 @@ class Text(bytes):
 
     def __str__(self) -> str:
         return self.shown()
+
+
+def file_of(image: bytes, name: str) -> "File":
+    """What a pickled file is made of."""
+    from ._veska import load
+
+    file = load(image)
+    file.name = name
+    return file

@@ -8,6 +8,7 @@ takes up what is new or changed.
 """
 
 import argparse
+import codecs
 import csv
 import glob
 import io
@@ -127,7 +128,7 @@ def rows(inputs: Inputs, programs: bool = False, encoding: Optional[str] = None)
     """The rows of inputs, as they are read."""
     for name in _stamps(inputs):
         text, _ = _text_of([name], Form(programs, False, encoding))
-        yield from map(json.loads, text.splitlines())
+        yield from map(json.loads, text.split("\n")[:-1])
 
 
 def frame(inputs: Inputs, programs: bool = False, encoding: Optional[str] = None) -> Any:
@@ -149,8 +150,11 @@ class _Catalog:
         log = folder / LOG
         known: Stamps = {}
         if log.exists():
-            lines = log.read_text().splitlines()
-            self._expect_form(json.loads(lines[0]) if lines else None)
+            text = log.read_text()
+            if not text.endswith("\n"):
+                log.write_text(text + "\n")
+            lines = text.split("\n")
+            self._expect_form(json.loads(lines[0] or "null"))
             for line in lines[1:]:
                 try:
                     part, stamps = json.loads(line)
@@ -177,13 +181,9 @@ class _Catalog:
 
     def _record(self, part: str, stamps: Stamps) -> None:
         with open(self.folder / LOG, "a") as log:
-            log.write("\n" if self._is_cut_off() else "")
             log.write(json.dumps([part, stamps]) + "\n")
         self.parts[part] = stamps
         self.owner.update(dict.fromkeys(stamps, part))
-
-    def _is_cut_off(self) -> bool:
-        return not (self.folder / LOG).read_bytes().endswith(b"\n")
 
     def is_current(self, name: str, stamp: str) -> bool:
         part = self.owner.get(name)
@@ -265,6 +265,8 @@ def write(
     """Writes the rows of inputs into parts in a folder, and brings those up to date that stand there. With the
     address of a Dask scheduler its workers read the inputs, else this machine's cores do."""
     form = Form(programs, csv, encoding)
+    if encoding is not None:
+        codecs.lookup(encoding)
     catalog = _Catalog(pathlib.Path(folder), form)
     stamps = _stamps(inputs)
     todo = [name for name, stamp in stamps.items() if not catalog.is_current(name, stamp)]
