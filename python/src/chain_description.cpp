@@ -155,7 +155,8 @@ const Type& UserChainsType() {
   static const Type type = [] {
     Type made = WithHeader<CUserPGCTable>("UserChains", "The user-defined program chains.");
     List chains = ListOf<Nodes, CUserPGCTable>("chains", kByte);
-    HasItems<tag_UD_PGCI_ITEM, ChainType>(chains, [](auto& item) -> auto& { return item.UD_PGCI; });
+    HasItems<tag_UD_PGCI_ITEM, ChainType>(
+        chains, [](auto& item) -> auto& { return item.UD_PGCI; });
     chains.copy = CopyChain;
     made.lists = {chains};
     return made;

@@ -93,15 +93,14 @@ const Type& AudioGapType() {
 const Type& VobType() {
   static const Type type = [] {
     Type made = WithHeader<CMovieVOB>("MovieVob", "A movie VOB.");
-    made.parts = {
-        {"seamless_block", SeamlessType,
-         [](void* vob) -> void* { return &At<CMovieVOB>(vob).GetSeamlessInfo(); },
-         [](void* vob) { return At<CMovieVOB>(vob).GetHeader().HasSeamlessInfo(); }},
-        {"audio_gap_block", AudioGapType,
-         [](void* vob) -> void* { return &At<CMovieVOB>(vob).GetAudioGaps(); },
-         [](void* vob) { return At<CMovieVOB>(vob).GetHeader().HasAudioGaps(); }},
-        {"time_map", TimeMapType,
-         [](void* vob) -> void* { return &At<CMovieVOB>(vob).GetTimeMapTable(); }}};
+    made.parts = {{"seamless_block", SeamlessType,
+                   [](void* vob) -> void* { return &At<CMovieVOB>(vob).GetSeamlessInfo(); },
+                   [](void* vob) { return At<CMovieVOB>(vob).GetHeader().HasSeamlessInfo(); }},
+                  {"audio_gap_block", AudioGapType,
+                   [](void* vob) -> void* { return &At<CMovieVOB>(vob).GetAudioGaps(); },
+                   [](void* vob) { return At<CMovieVOB>(vob).GetHeader().HasAudioGaps(); }},
+                  {"time_map", TimeMapType,
+                   [](void* vob) -> void* { return &At<CMovieVOB>(vob).GetTimeMapTable(); }}};
     return made;
   }();
   return type;
@@ -113,9 +112,10 @@ const Type& MovieType() {
     Type made = WithHeader<Table>("Movie", "The movie material.");
     List streams = ListOf<Streams, Table>("streams", kByte);
     HasItems<tag_M_VOB_STI, MovieStreamType>(streams);
-    List vobs = ListOf<Nodes, Table>("vobs", kWord,
-                                     [](auto& table) -> auto& { return table.GetMovieAVFile(); });
-    HasItems<tag_M_VOBI_ITEM, VobType>(vobs, [](auto& item) -> auto& { return item.M_VOBI; });
+    List vobs = ListOf<Nodes, Table>(
+        "vobs", kWord, [](auto& table) -> auto& { return table.GetMovieAVFile(); });
+    HasItems<tag_M_VOBI_ITEM, VobType>(
+        vobs, [](auto& item) -> auto& { return item.M_VOBI; });
     made.lists = {streams, vobs};
     return made;
   }();
@@ -138,7 +138,8 @@ const Type& StillEntryType() {
     for (const auto& form : kStillEntryFields) {
       for (const Field& field : form) {
         const auto same = [&](const Field& one) { return std::strcmp(one.name, field.name) == 0; };
-        if (std::none_of(made.fields.begin(), made.fields.end(), same)) made.fields.push_back(field);
+        if (std::none_of(made.fields.begin(), made.fields.end(), same))
+          made.fields.push_back(field);
       }
     }
     made.has_forms = true;
@@ -191,14 +192,14 @@ const Type& StillType() {
     HasItems<tag_S_VOB_STI, StillStreamType>(streams);
     List groups = ListOf<Nodes, Table>(
         "groups", kWord, [](auto& table) -> auto& { return table.GetStillAVFile(); });
-    HasItems<tag_S_VOGI_ITEM, StillGroupType>(groups,
-                                              [](auto& item) -> auto& { return item.S_VOGI; });
+    HasItems<tag_S_VOGI_ITEM, StillGroupType>(
+        groups, [](auto& item) -> auto& { return item.S_VOGI; });
     List audio_streams = ListOf<AudioStreams, Table>("audio_streams", kByte);
     HasItems<tag_S_A_ATR, AudioStreamType>(audio_streams);
     List audio_groups = ListOf<Nodes, Table>(
         "audio_groups", kWord, [](auto& table) -> auto& { return table.GetAdditionalAFile(); });
-    HasItems<tag_S_AAGI_ITEM, AudioGroupType>(audio_groups,
-                                              [](auto& item) -> auto& { return item.S_AAGI; });
+    HasItems<tag_S_AAGI_ITEM, AudioGroupType>(
+        audio_groups, [](auto& item) -> auto& { return item.S_AAGI; });
     made.lists = {streams, groups, audio_streams, audio_groups};
     return made;
   }();
@@ -208,18 +209,17 @@ const Type& StillType() {
 const Type& TextType() {
   static const Type type = [] {
     Type made = Plain<tag_IT_TXT>("TextItem", "A text of a text set.");
-    made.blocks = {
-        {"text", 0, 0xFF,
-         [](void* item) {
-           const auto& text = At<tag_IT_TXT>(item);
-           return std::optional(std::span<const unsigned char>(text.text, text.length));
-         },
-         [](void* set, int i, void* item, std::span<const unsigned char> bytes) {
-           tag_IT_TXT text = At<tag_IT_TXT>(item);
-           text.length = static_cast<std::uint8_t>(bytes.size());
-           text.text = const_cast<unsigned char*>(bytes.data());
-           At<CTextSet>(set).SetNode(i, text);
-         }}};
+    made.blocks = {{"text", 0, 0xFF,
+                    [](void* item) {
+                      const auto& text = At<tag_IT_TXT>(item);
+                      return std::optional(std::span<const unsigned char>(text.text, text.length));
+                    },
+                    [](void* set, int i, void* item, std::span<const unsigned char> bytes) {
+                      tag_IT_TXT text = At<tag_IT_TXT>(item);
+                      text.length = static_cast<std::uint8_t>(bytes.size());
+                      text.text = const_cast<unsigned char*>(bytes.data());
+                      At<CTextSet>(set).SetNode(i, text);
+                    }}};
     return made;
   }();
   return type;
@@ -244,7 +244,8 @@ const Type& TextsType() {
   static const Type type = [] {
     Type made = WithHeader<CTextDataMgr>("Texts", "The text data.");
     List sets = ListOf<Nodes, CTextDataMgr>("sets", kWord);
-    HasItems<tag_IT_TXT_ITEM, TextSetType>(sets, [](auto& item) -> auto& { return item.IT_TXT; });
+    HasItems<tag_IT_TXT_ITEM, TextSetType>(
+        sets, [](auto& item) -> auto& { return item.IT_TXT; });
     made.lists = {sets};
     return made;
   }();
@@ -255,20 +256,20 @@ const Type& ManufacturerType() {
   static const Type type = [] {
     using Maker = tag_A_MNFI_ITEM;
     Type made{"Manufacturer", "What a manufacturer left on the disc."};
-    HasFields<Maker>(made, [](auto& item) -> auto& { return item.A_MNFI; });
-    made.blocks = {
-        {"data", 0, 0xFFFFFFFF,
-         [](void* item) {
-           const tag_A_MNFI& maker = At<Maker>(item).A_MNFI;
-           return std::optional(
-               std::span<const unsigned char>(maker.MNF_DATA, maker.MNF_DATA_SZ));
-         },
-         [](void* table, int i, void* item, std::span<const unsigned char> bytes) {
-           tag_A_MNFI maker = At<Maker>(item).A_MNFI;
-           maker.MNF_DATA_SZ = static_cast<std::uint32_t>(bytes.size());
-           maker.MNF_DATA = const_cast<unsigned char*>(bytes.data());
-           At<CMNFInfoTable>(table).SetNode(i, maker);
-         }}};
+    HasFields<Maker>(
+        made, [](auto& item) -> auto& { return item.A_MNFI; });
+    made.blocks = {{"data", 0, 0xFFFFFFFF,
+                    [](void* item) {
+                      const tag_A_MNFI& maker = At<Maker>(item).A_MNFI;
+                      return std::optional(
+                          std::span<const unsigned char>(maker.MNF_DATA, maker.MNF_DATA_SZ));
+                    },
+                    [](void* table, int i, void* item, std::span<const unsigned char> bytes) {
+                      tag_A_MNFI maker = At<Maker>(item).A_MNFI;
+                      maker.MNF_DATA_SZ = static_cast<std::uint32_t>(bytes.size());
+                      maker.MNF_DATA = const_cast<unsigned char*>(bytes.data());
+                      At<CMNFInfoTable>(table).SetNode(i, maker);
+                    }}};
     made.equal = [](const void* a, const void* b) {
       return At<Maker>(a).A_MNFI == At<Maker>(b).A_MNFI;
     };

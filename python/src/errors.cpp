@@ -16,11 +16,24 @@ static_assert(static_cast<int>(Table::kHeader) == static_cast<int>(VESKA::Failur
               static_cast<int>(Table::kManufacturers) ==
                   static_cast<int>(VESKA::FailureTable::kManufacturers));
 
-constexpr std::array kKinds = {
-    "none",          "no_data",         "no_name",     "no_file",    "not_a_file",
-    "unreadable",    "empty",           "too_large",   "not_management",
-    "ends_within_table", "negative_length", "over_budget", "no_memory",
-    "would_not_read_back", "padding",   "read_only",   "locked",     "unwritable"};
+constexpr std::array kKinds = {"none",
+                               "no_data",
+                               "no_name",
+                               "no_file",
+                               "not_a_file",
+                               "unreadable",
+                               "empty",
+                               "too_large",
+                               "not_management",
+                               "ends_within_table",
+                               "negative_length",
+                               "over_budget",
+                               "no_memory",
+                               "would_not_read_back",
+                               "padding",
+                               "read_only",
+                               "locked",
+                               "unwritable"};
 static_assert(kKinds.size() == static_cast<std::size_t>(FailureKind::kUnwritable) + 1);
 
 void Set(const char* name, const std::string& what, const py::dict& has) {

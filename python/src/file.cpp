@@ -169,8 +169,8 @@ py::object Equal(const FileView& a, const py::object& other) {
 std::string ReprOf(const FileView& file) {
   const VESKA::CPGCInfo& chain = file.Info().GetOriginalPGC();
   return "<veska.File " + std::string(py::repr(py::str(file.name))) + ": " +
-         std::to_string(chain.GetPGCount()) + " programs, " +
-         std::to_string(chain.GetCellCount()) + " cells>";
+         std::to_string(chain.GetPGCount()) + " programs, " + std::to_string(chain.GetCellCount()) +
+         " cells>";
 }
 
 /// What is told in Python: for notebooks.
@@ -209,8 +209,7 @@ void DefineFile(py::module_& module) {
   const Type& type = FileType();
   for (const Part& part : type.parts) {
     file.def_property_readonly(
-        part.name,
-        [&part](const FileView& self) { return ViewOf(Node::PartOf(self.root, part)); },
+        part.name, [&part](const FileView& self) { return ViewOf(Node::PartOf(self.root, part)); },
         part.type().doc);
   }
   module.def("load", Load, py::arg("source"));

@@ -47,8 +47,8 @@ NodePtr Make(const NodePtr& node, int i, Form form) {
   void* const table = node->Live();
   node->ExpectNoArrays();
   if (list.count(table) >= list.limit) {
-    throw py::value_error(std::string(list.name) + ": a file counts " +
-                          std::to_string(list.limit) + " at most");
+    throw py::value_error(std::string(list.name) + ": a file counts " + std::to_string(list.limit) +
+                          " at most");
   }
   if (list.make(table, i, form) == nullptr) throw std::bad_alloc();
   node->file().is_edited = true;
@@ -200,8 +200,8 @@ void DefineLists(py::module_& module, const py::class_<View>& view) {
       .def("__getitem__", GetItem, py::arg("index"))
       .def("__getitem__", GetSlice, py::arg("index"))
       .def("__setitem__", SetItem, py::arg("index"), py::arg("item"))
-      .def("__delitem__",
-           [](const ListView& self, py::ssize_t i) { Delete(self.node, PositionOf(*self.node, i)); })
+      .def("__delitem__", [](const ListView& self,
+                             py::ssize_t i) { Delete(self.node, PositionOf(*self.node, i)); })
       .def("__delitem__", DeleteSlice, py::arg("index"))
       .def("__iter__", [](const ListView& self) { return ListIterator{self}; })
       .def("__eq__", ListsEqual)
@@ -210,8 +210,9 @@ void DefineLists(py::module_& module, const py::class_<View>& view) {
       .def("append", Append, py::arg("item") = py::none())
       .def("clear", Clear)
       .def("move", Move, py::arg("index"), py::arg("to"), "Moves an item; it becomes item `to`.")
-      .def("to_numpy", [](const ListView& self) { return ToNumpy(self.node); },
-           "The records as a read-only array, which shows their memory.");
+      .def(
+          "to_numpy", [](const ListView& self) { return ToNumpy(self.node); },
+          "The records as a read-only array, which shows their memory.");
   const py::object sequence = py::module_::import("collections.abc").attr("Sequence");
   for (const char* name : {"index", "count", "__reversed__"}) {
     list.attr(name) = sequence.attr(name);

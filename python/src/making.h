@@ -155,9 +155,7 @@ void HasItems(List& list, Find = {}) {
   using Object = std::remove_reference_t<decltype(Find{}(std::declval<Got&>()))>;
   list.types = {&Of()};
   list.item = [](void* got) { return Item{&Of(), &Find{}(At<Got>(got))}; };
-  list.copy = [](void*, int, void* to, const void* from) {
-    At<Object>(to) = At<Object>(from);
-  };
+  list.copy = [](void*, int, void* to, const void* from) { At<Object>(to) = At<Object>(from); };
   if constexpr (std::is_trivially_copyable_v<Object> && VESKA::kFields<Object>.size() != 0) {
     if constexpr (VESKA::kFileSize<Object> == sizeof(Object)) list.layout = VESKA::kFields<Object>;
   }

@@ -10,7 +10,8 @@ namespace {
 
 std::string ItemsOf(const List& list) {
   std::string items;
-  for (const Type* type : list.types) items += (items.empty() ? "" : ", ") + std::string(type->name);
+  for (const Type* type : list.types)
+    items += (items.empty() ? "" : ", ") + std::string(type->name);
   return "List[" + (list.types.size() == 1 ? items : "Union[" + items + "]") + "]";
 }
 

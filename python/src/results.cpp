@@ -29,8 +29,7 @@ void DefineCheck(py::module_& module) {
       .def_property_readonly("code", [](const Finding& self) { return NameOf(self.code); })
       .def_property_readonly(
           "severity", [](const Finding& self) { return NameOf(EntryOf(self.code).severity); })
-      .def_property_readonly("title",
-                             [](const Finding& self) { return EntryOf(self.code).title; })
+      .def_property_readonly("title", [](const Finding& self) { return EntryOf(self.code).title; })
       .def_property_readonly("table", [](const Finding& self) { return NameOf(self.table); })
       .def_property_readonly("place", [](const Finding& self) { return InWords(self.pointer); })
       .def_readonly("pointer", &Finding::pointer)
@@ -55,14 +54,17 @@ void DefineCheck(py::module_& module) {
       .def_readonly("tables", &Examination::tables)
       .def_readonly("findings", &Examination::findings)
       .def_property_readonly("omitted", OmittedOf)
-      .def("to_text", [](const Examination& self, const std::string& name) { return ToText(self, name); },
-           py::arg("name") = "file")
-      .def("to_json",
-           [](const Examination& self, const std::string& name) {
-             const NamedExamination named[] = {{name, self}};
-             return ToJson(named);
-           },
-           py::arg("name") = "file")
+      .def(
+          "to_text",
+          [](const Examination& self, const std::string& name) { return ToText(self, name); },
+          py::arg("name") = "file")
+      .def(
+          "to_json",
+          [](const Examination& self, const std::string& name) {
+            const NamedExamination named[] = {{name, self}};
+            return ToJson(named);
+          },
+          py::arg("name") = "file")
       .def("__str__", [](const Examination& self) { return ToText(self, "file"); });
 }
 
@@ -76,8 +78,7 @@ void DefineSalvage(py::module_& module) {
       .def_readonly("what", &Loss::what)
       .def_readonly("reason", &Loss::reason);
   py::class_<SalvagedTable>(module, "SalvagedTable")
-      .def_property_readonly("table",
-                             [](const SalvagedTable& self) { return NameOf(self.table); })
+      .def_property_readonly("table", [](const SalvagedTable& self) { return NameOf(self.table); })
       .def_readonly("is_lost", &SalvagedTable::is_lost)
       .def_readonly("counts", &SalvagedTable::counts)
       .def_readonly("losses", &SalvagedTable::losses);
@@ -119,8 +120,10 @@ void DefineListing(py::module_& module) {
       .def_readonly("recorded_last", &Listing::recorded_last)
       .def_readonly("errors", &Listing::errors)
       .def_readonly("warnings", &Listing::warnings)
-      .def("to_text", [](const Listing& self, const std::string& name) { return ToText(self, name); },
-           py::arg("name") = "disc")
+      .def(
+          "to_text",
+          [](const Listing& self, const std::string& name) { return ToText(self, name); },
+          py::arg("name") = "disc")
       .def("__str__", [](const Listing& self) { return ToText(self, "disc"); });
 }
 

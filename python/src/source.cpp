@@ -118,11 +118,10 @@ std::unique_ptr<CVMGInfo> Source::Load() {
   static constexpr unsigned char kNothing = 0;
   auto info = std::make_unique<CVMGInfo>();
   const auto* bytes = bytes_.empty() ? &kNothing : bytes_.data();
-  const bool is_loaded =
-      is_path_ ? info->LoadFromFile(path_, CVMGInfo::kLoadAll)
-               : info->LoadFromMemory(const_cast<unsigned char*>(bytes),
-                                      static_cast<unsigned long>(bytes_.size()),
-                                      CVMGInfo::kLoadAll);
+  const bool is_loaded = is_path_ ? info->LoadFromFile(path_, CVMGInfo::kLoadAll)
+                                  : info->LoadFromMemory(const_cast<unsigned char*>(bytes),
+                                                         static_cast<unsigned long>(bytes_.size()),
+                                                         CVMGInfo::kLoadAll);
   if (!is_loaded) throw FileProblem("LoadError", info->GetFailure(), name_);
   return info;
 }

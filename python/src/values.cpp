@@ -30,7 +30,8 @@ py::object ClockAt(const unsigned char* bytes) {
 py::tuple Items(py::handle value, std::size_t count, const std::string& name, const char* what) {
   const bool is_sequence = py::isinstance<py::sequence>(value) && !py::isinstance<py::str>(value) &&
                            !py::isinstance<py::bytes>(value);
-  if (is_sequence && py::len(value) == count) return py::tuple(py::reinterpret_borrow<py::object>(value));
+  if (is_sequence && py::len(value) == count)
+    return py::tuple(py::reinterpret_borrow<py::object>(value));
   throw py::value_error(name + ": expected " + what);
 }
 

@@ -40,13 +40,13 @@ py::object Property(py::object get, py::object set, const std::string& doc) {
 }
 
 py::object PropertyOf(const Field& field) {
-  return Property(
-      py::cpp_function(
-          [field](const View& view) { return Get(*view.node, Present(*view.node, field)); }),
-      py::cpp_function([field](const View& view, const py::object& value) {
-        Set(*view.node, Present(*view.node, field), value);
-      }),
-      DocOf(field));
+  return Property(py::cpp_function([field](const View& view) {
+                    return Get(*view.node, Present(*view.node, field));
+                  }),
+                  py::cpp_function([field](const View& view, const py::object& value) {
+                    Set(*view.node, Present(*view.node, field), value);
+                  }),
+                  DocOf(field));
 }
 
 py::object BlockValue(const Node& node, const Block& block) {
@@ -100,9 +100,9 @@ py::object PropertyOf(const List& list) {
 
 void AddMethods(py::dict& members, const Type& type) {
   for (const Sum& sum : type.sums) {
-    members[sum.name] = py::cpp_function(
-        [of = sum.of](const View& view) { return of(view.node->Live()); }, py::name(sum.name),
-        py::is_method(py::none()));
+    members[sum.name] =
+        py::cpp_function([of = sum.of](const View& view) { return of(view.node->Live()); },
+                         py::name(sum.name), py::is_method(py::none()));
   }
   if (type.has_bitrate) {
     const auto rate = py::arg("fields_per_second") = py::none();
@@ -167,7 +167,8 @@ py::str ReprOfRecord(const py::object& self) {
 }
 
 py::object RecordsEqual(const View& a, const py::object& other) {
-  if (!py::isinstance<RecordView>(other)) return py::reinterpret_borrow<py::object>(Py_NotImplemented);
+  if (!py::isinstance<RecordView>(other))
+    return py::reinterpret_borrow<py::object>(Py_NotImplemented);
   return py::bool_(HoldSame(a.node, py::cast<View&>(other).node));
 }
 
@@ -193,8 +194,9 @@ py::dict PartsOf(const Type& type) {
 
 void DefineViews(py::module_& module) {
   py::class_<View> view(module, "View", "A table, a record or a list of a file.");
-  view.def_property_readonly("is_stale", [](const View& self) { return self.node->is_stale(); },
-                             "Whether what this stood for is no more.");
+  view.def_property_readonly(
+      "is_stale", [](const View& self) { return self.node->is_stale(); },
+      "Whether what this stood for is no more.");
   py::class_<RecordView, View> record(module, "Record", "A table or a record of a file.");
   record.def(py::init(&ViewFrom<RecordView>))
       .def("__repr__", ReprOfRecord)

@@ -74,8 +74,7 @@ std::string Show(const py::object& from, bool all) {
 workshop::DecodeText DecoderOf(const std::optional<std::string>& encoding) {
   if (!encoding) return workshop::DecodeUtf8;
   py::module_::import("codecs").attr("lookup")(*encoding);
-  return [name = *encoding](
-             std::span<const unsigned char> bytes) -> std::optional<std::string> {
+  return [name = *encoding](std::span<const unsigned char> bytes) -> std::optional<std::string> {
     const py::gil_scoped_acquire lock;
     try {
       return Utf8(ToBytes(bytes).attr("decode")(name));
@@ -181,16 +180,17 @@ void DefineWorkshop(py::module_& module) {
   module.def("_rows", RowsOf, py::arg("listing"), py::arg("name"), py::arg("programs"),
              py::arg("csv"));
   module.def("columns", Columns, py::arg("programs") = false);
-  module.def("_csv_heads", [](bool programs) { return workshop::CsvHeads(RowKind(programs)); },
-             py::arg("programs") = false);
+  module.def(
+      "_csv_heads", [](bool programs) { return workshop::CsvHeads(RowKind(programs)); },
+      py::arg("programs") = false);
   module.def("locate", Locate, py::arg("image"));
   module.def("read_located", ReadLocated, py::arg("image"), py::arg("located"));
   module.def("shown_text", ShownText, py::arg("text"), py::arg("encoding") = none);
   module.def("operations", OperationsOf);
   // As methods of a file, too.
   const py::object file = module.attr("File");
-  file.attr("check") = py::cpp_function(Check, py::name("check"), py::is_method(file),
-                                        py::arg("limit") = 20);
+  file.attr("check") =
+      py::cpp_function(Check, py::name("check"), py::is_method(file), py::arg("limit") = 20);
   file.attr("report") =
       py::cpp_function(Report, py::name("report"), py::is_method(file), py::arg("name") = none,
                        py::arg("fields_per_second") = none);

@@ -165,6 +165,9 @@ class _Catalog:
         else:
             self._write(log, json.dumps(form._asdict()) + "\n")
         self.owner = known
+        for path in [*folder.glob("part-*"), *folder.glob(".part-*")]:
+            if path.name not in self.parts:
+                path.unlink()  # of a run that was cut off
         self.tidy()
 
     def _expect_form(self, form: Optional[Row]) -> None:
@@ -227,29 +230,34 @@ def _on_this_machine(pieces: list[list[str]], form: Form, jobs: Optional[int]) -
 
 
 def _on_a_cluster(pieces: list[list[str]], form: Form, scheduler: str) -> Iterator[Done]:
-    """What a lost worker had is done by another one. An input that loses several becomes a bad row."""
+    """What a lost worker had is done by another one, as Dask does it. Of a piece that loses several workers
+    each input is tried alone, with nothing beside it that could be blamed; what loses them then is bad."""
     import distributed
 
-    with distributed.Client(scheduler, set_as_default=False) as client:
-
-        def submit(names: list[str]) -> Any:
-            return client.submit(_text_of, names, form, pure=False)
-
-        work = {submit(names): names for names in pieces}
-        waiting = distributed.as_completed(list(work))
-        for future in waiting:
+    with distributed.Client(scheduler) as client:
+        work = {client.submit(_text_of, names, form, pure=False): names for names in pieces}
+        suspicious = []
+        for future in distributed.as_completed(list(work)):
             names = work.pop(future)
             try:
                 yield (names, *future.result())
             except distributed.KilledWorker:
-                if len(names) > 1:
-                    alone = {submit([name]): [name] for name in names}
-                    work.update(alone)
-                    waiting.update(list(alone))
-                    continue
-                lost = _veska._bad_listing("the workers that read it were lost")
-                yield names, _veska._rows(lost, _shown(names[0]), form.programs, form.csv), 1
+                suspicious.append(names)
             future.release()
+        for names in suspicious:
+            texts = [_text_alone(client, name, form) for name in names]
+            yield names, "".join(text for text, _ in texts), sum(bad for _, bad in texts)
+
+
+def _text_alone(client: Any, name: str, form: Form) -> tuple[str, int]:
+    import distributed
+
+    try:
+        text, bad = client.submit(_text_of, [name], form, pure=False).result()
+        return str(text), int(bad)
+    except distributed.KilledWorker:
+        lost = _veska._bad_listing("the workers that read it were lost")
+        return _veska._rows(lost, _shown(name), form.programs, form.csv), 1
 
 
 def write(
@@ -299,7 +307,7 @@ def main(arguments: Optional[list[str]] = None) -> int:
         summary = write(options.pop("inputs"), options.pop("output"), **options)
     except LookupError as error:
         parser.error(str(error))
-    except (OSError, ValueError) as error:
+    except (OSError, ValueError, ImportError) as error:
         print(f"veska.catalog: {error}", file=sys.stderr)
         return 3
     print(f"{summary.inputs} inputs: {summary.taken} new or changed, {summary.bad} of them bad")
