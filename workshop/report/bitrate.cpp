@@ -1,4 +1,4 @@
-#include "report/bitrate.h"
+#include "veska/workshop/bitrate.h"
 
 #include <algorithm>
 #include <cmath>

@@ -2,13 +2,13 @@
 #pragma once
 
 #include <veska/CPGCInfo.h>
+#include <veska/workshop/bitrate.h>
 
 #include <cstdint>
 #include <string>
 #include <vector>
 
 #include "map/map.h"
-#include "report/bitrate.h"
 
 namespace VESKA::workshop {
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <veska/CVMGInfo.h>
+#include <veska/workshop/bitrate.h>
 #include <veska/workshop/report.h>
 
 #include <span>
@@ -9,7 +10,6 @@
 #include <vector>
 
 #include "map/map.h"
-#include "report/bitrate.h"
 
 namespace VESKA::workshop {
 

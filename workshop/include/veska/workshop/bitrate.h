@@ -1,4 +1,4 @@
-// The bitrate of a movie VOB over time, from its time map.
+/// The bitrate of a movie VOB over time, from its time map.
 #pragma once
 
 #include <veska/CMovieAVFile.h>
@@ -7,15 +7,19 @@
 #include <cstdint>
 #include <vector>
 
+#include "veska/workshop/export.h"
+
 namespace VESKA::workshop {
 
-/// The video fields a second of the two families of television, and how their names begin.
+///@{
+/// The video fields a second of the two families of television.
 inline constexpr double kFields50 = 50.0;
 inline constexpr double kFields60 = 60.0 / 1.001;
+///@}
 
 /// Tells the field rate of a disc from its movie VOBs: the time between a VOB's two clock values
 /// against the fields of its time map. 0 when they do not agree on one of the two rates.
-double GuessFieldRate(const CMovieAVFile& vobs);
+VESKA_WORKSHOP_API double GuessFieldRate(const CMovieAVFile& vobs);
 
 /// The bitrate in a stretch of playback time, in Mbit (1,000,000 bits) a second: the lowest and the
 /// highest of the VOBUs in it and the mean over its time.
@@ -39,6 +43,7 @@ struct Bitrate {
 
 /// The bitrate of a VOB: one step for each VOBU, or `most_steps` (1 or more) of equal length when
 /// there are more VOBUs.
-Bitrate BitrateOf(const CTimeMapTable& map, double fields_per_second, int most_steps);
+VESKA_WORKSHOP_API Bitrate BitrateOf(const CTimeMapTable& map, double fields_per_second,
+                                     int most_steps);
 
 }  // namespace VESKA::workshop
