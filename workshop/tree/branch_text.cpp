@@ -32,16 +32,14 @@ std::string BranchText(const Record& record, const Field& field, Positions posit
   if (field.kind == FieldKind::kCellPoint && positions == Positions::kBytes) {
     return OwnCellPoint(bytes);
   }
-  return FieldText(record, field, info.GetOriginalPGC());
+  return FieldText(record, field, info, nullptr, decode);
 }
 
 std::string BlockText(std::span<const unsigned char> bytes, const DecodeText& decode) {
   const auto shown = bytes.first(std::min(bytes.size(), kShownBytes));
   const std::string rest =
       shown.size() < bytes.size() ? "... (" + Plural(bytes.size(), "byte") + ")" : "";
-  const std::optional<std::string> text = IsZero(shown) ? std::nullopt : decode(shown);
-  if (text && Visible(*text) == *text) return "\"" + *text + "\"" + rest;
-  return TextOrHex(shown) + rest;
+  return TextOrHex(shown, decode) + rest;
 }
 
 bool HasPart(std::string_view text, std::string_view part) {

@@ -84,7 +84,6 @@ class Outline {
 
   std::string Indent() const { return std::string(2 * depth_, ' '); }
   std::string FieldsOf(const Record& record, bool named) const;
-  std::string CellPoint(std::span<const unsigned char> bytes) const;
 
   const CVMGInfo& info_;
   const ShowOptions& options_;
