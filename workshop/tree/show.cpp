@@ -97,9 +97,9 @@ void ShowMovie(Outline& to, const CMovieAVFileTable& table) {
   const CMovieAVFile& file = table.GetMovieAVFile();
   to.Section("movie VOBs", to.Fields(file.GetHeader()), [&] {
     to.List(file.GetCount(), "VOB", [&](int i) {
-      const auto& [address, vob] = *file.GetNode(i);
+      const CMovieVOB& vob = file[i]->M_VOBI;
       to.Section(Numbered("VOB", i),
-                 SizeAt(vob, "M_VOBI_SA", address) + Recorded(vob.GetHeader().bytes_2),
+                 SizeAt(vob, "M_VOBI_SA", file[i]->M_VOBI_SA) + Recorded(vob.GetHeader().bytes_2),
                  [&] { ShowVob(to, vob); });
     });
   });
@@ -124,17 +124,17 @@ void ShowStill(Outline& to, const CStillAVFileTable& table) {
   to.Records(table.VOBStreams(), "stream");
   const CStillAVFile& file = table.GetStillAVFile();
   to.List(file.GetCount(), "still group", [&](int i) {
-    const auto& [address, group] = *file.GetNode(i);
+    const CStillVOG& group = file[i]->S_VOGI;
     to.Section(Numbered("still group", i),
-               SizeAt(group, "S_VOGI_SA", address) + Forms(group) +
+               SizeAt(group, "S_VOGI_SA", file[i]->S_VOGI_SA) + Forms(group) +
                    Recorded(group.GetHeader().VOG_GI_BYTES),
                [&] { ShowGroup(to, group); });
   });
   to.Records(table.AAStreams(), "audio stream");
   const CAdditionalAFile& audio = table.GetAdditionalAFile();
   to.List(audio.GetCount(), "audio group", [&](int i) {
-    const auto& [address, group] = *audio.GetNode(i);
-    to.Section(Numbered("audio group", i), SizeAt(group, "S_AAGI_SA", address),
+    const CStillAAG& group = audio[i]->S_AAGI;
+    to.Section(Numbered("audio group", i), SizeAt(group, "S_AAGI_SA", audio[i]->S_AAGI_SA),
                [&] { ShowGroup(to, group); });
   });
 }
@@ -204,9 +204,10 @@ std::string ChainText(const Outline& to, const CPGCInfo& chain) {
 
 void ShowUserChains(Outline& to, const CUserPGCTable& table) {
   to.List(table.GetCount(), "user-defined chain", [&](int i) {
-    const auto& [address, chain] = *table.GetNode(i);
+    const CPGCInfo& chain = table[i]->UD_PGCI;
     to.Section(Numbered("user-defined chain", i),
-               ChainText(to, chain) + " at UD_PGCI_SA " + std::to_string(address), [&] {
+               ChainText(to, chain) + " at UD_PGCI_SA " + std::to_string(table[i]->UD_PGCI_SA),
+               [&] {
                  to.CountCellsOf(&chain);
                  ShowChain(to, chain);
                });
