@@ -1,6 +1,7 @@
 // What is on a disc, in its three forms.
 #include <gtest/gtest.h>
 #include <veska/workshop/list.h>
+#include <veska/workshop/load.h>
 #include <veska/workshop/locate.h>
 
 #include <nlohmann/json.hpp>
@@ -54,6 +55,17 @@ TEST(List, CountsWhatTheSamplesHold) {
   EXPECT_EQ(disc.recorded_last, "2006-07-15T12:34:56");
   EXPECT_EQ(disc.bytes % 2048, 0U);
   EXPECT_EQ(ListingOf(VESKA::Sample("still_camera")).still_groups, 5);
+}
+
+TEST(List, CountsNoTimeOfACellThatEndsBeforeItsStart) {
+  const VESKA::Bytes image = VESKA::Sample("movie_recorder");
+  const auto info = Load(image);
+  auto& cell =
+      static_cast<VESKA::CMovieCell&>(*info->GetOriginalPGC().GetCellNode(0)->CI).GetHeader();
+  const double length = (cell.time_12.base - cell.time_6.base) / 90000.0;
+  cell.time_12.base = cell.time_6.base - 1;
+  EXPECT_NEAR(ListingOf(ImageOf(*info)).programs.at(0).seconds,
+              ListingOf(image).programs.at(0).seconds - length, 0.001);
 }
 
 TEST(List, SaysWhatIsDamagedAndListsTheRest) {

@@ -231,4 +231,32 @@ TEST(Salvage, KeepsTheWholeInformationOfAManufacturer) {
   EXPECT_EQ(TreeOf(*result.info)["manufacturers"]["items"], Json::array({whole[2]}));
 }
 
+TEST(Salvage, CountsNoEntriesWhereTheyAreLost) {
+  const Bytes image = Sample("mixed_full");
+  // More entries than there is room for in cell 5, and the kind of one is wrong.
+  const Salvaged result = workshop::Salvage(image.With(2933, Word(900)).With(2939, Byte(0x1A)));
+  ASSERT_NE(result.info, nullptr);
+  Json cells = TreeOf(*workshop::Load(image))["original_chain"]["cells"];
+  cells[4]["entries"] = Json::array();
+  EXPECT_EQ(TreeOf(*result.info)["original_chain"]["cells"], cells) << ToText(result);
+}
+
+/// What a user-defined chain names beside its cells says nothing unless some of them are lost.
+TEST(Salvage, LeavesWhatAWholeUserChainNamesBesideItsCells) {
+  const Bytes image = Sample("odd_layout");
+  const ImageMap map = Examine(image, 1).map;
+  const auto programs = std::find_if(
+      map.structures.begin(), map.structures.end(), [&map](const Structure& structure) {
+        return map.PointerOf(structure) == "/user_chains/chains/2/programs";
+      });
+  ASSERT_NE(programs, map.structures.end());
+  const Bytes named = image.With(programs->offset + offsetof(tag_PGI, cell_point), Word(77));
+  const std::string changed = "named cell 77, which does not exist, and names none";
+  EXPECT_EQ(ToText(workshop::Salvage(named)).find(changed), std::string::npos);
+  const std::string text = ToText(workshop::Salvage(named.With(3426, Long(1 << 20))));
+  EXPECT_NE(text.find("user_chains / chain 3 / program 1 / cell_point: " + changed),
+            std::string::npos)
+      << text;
+}
+
 }  // namespace

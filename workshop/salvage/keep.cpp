@@ -172,9 +172,7 @@ Kept Keeper::KeepIndex(const Structure& index, std::span<const Structure* const>
   const auto count = std::count_if(kept.parts.begin(), kept.parts.end(),
                                    [](const Kept& item) { return !item.is_lost; });
   const std::uint64_t all = part == Part::kCell ? index.counted : kept.parts.size();
-  if (all != 0) {
-    losses_.Count(index.table, static_cast<std::uint64_t>(count), all, InfoOf(part).key);
-  }
+  losses_.Count(index.table, static_cast<std::uint64_t>(count), all, InfoOf(part).key);
   return kept;
 }
 

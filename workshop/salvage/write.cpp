@@ -22,8 +22,11 @@ void Set(Bytes& bytes, std::size_t at, Part record, const char* name, std::uint6
 void AppendHeader(Bytes& bytes, const Kept& header) {
   const std::size_t at = bytes.size();
   Append(bytes, header.bytes);
+  const bool is_still =
+      header.part == Part::kStillCellInfo;  // which counts as that of a movie cell
+  const Part part = is_still ? Part::kMovieCellInfo : header.part;
   for (const PartInfo& info : Parts()) {
-    if (info.counted.in == header.part) Set(bytes, at, header.part, info.counted.by, 0);
+    if (info.counted.in == part) Set(bytes, at, part, info.counted.by, 0);
   }
 }
 
