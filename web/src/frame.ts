@@ -168,7 +168,7 @@ export class Frame {
         h(
           "h1",
           {},
-          listing.text || t("noText"),
+          h("span", { class: "name" }, listing.text || t("noText")),
           " ",
           this.badge(disc),
           disc.isChanged && h("span", { class: "badge note" }, t("changed")),
