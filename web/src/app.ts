@@ -1,35 +1,16 @@
 // The page: which files are open, which one is shown and how, and what is told.
-import { CHARSETS, isShownAsBytes } from "./charset";
 import { CheckView } from "./check_view";
 import { ContentsView } from "./contents_view";
 import type { Disc } from "./disc";
 import { ask, button, h, replace } from "./dom";
-import { Editing, stepList } from "./editing";
+import { Editing } from "./editing";
 import { FieldsView } from "./fields_view";
+import { Frame, type FrameActions, type Tab } from "./frame";
 import { Opener, givenBy, givenByDrop } from "./opening";
-import { Status } from "./protocol";
 import { reportFrame } from "./report_view";
 import { Saving } from "./saving";
-import {
-  currentLanguage,
-  LANGUAGES,
-  type Message,
-  say,
-  setLanguage,
-  size,
-  t,
-  upper,
-} from "./texts";
+import { type Message, say, size, t, upper } from "./texts";
 import { Workshop, WorkshopError } from "./workshop";
-
-const TABS = ["contents", "report", "check", "fields"] as const;
-type Tab = (typeof TABS)[number];
-const TAB_TEXTS = {
-  contents: "tabContents",
-  report: "tabReport",
-  check: "tabCheck",
-  fields: "tabFields",
-} as const;
 
 const byId = (id: string) => document.getElementById(id)!;
 
@@ -41,6 +22,7 @@ export class App {
   private readonly editing: Editing;
   private readonly saving: Saving;
   private readonly contents: ContentsView;
+  private readonly frame: Frame;
   private readonly check = new CheckView({
     showInFields: (pointer) => void this.showInFields(pointer),
   });
@@ -65,8 +47,42 @@ export class App {
       failed,
     });
     this.contents = new ContentsView(this.editing, () => void this.render());
+    this.frame = new Frame(this.frameActions(), workshop);
     this.listen();
     void this.render();
+  }
+
+  private frameActions(): FrameActions {
+    return {
+      languageChanged: () => {
+        this.fields = undefined;
+        void this.render();
+      },
+      choose: (files, isFolder) => {
+        const given = givenBy(files);
+        const folder = isFolder ? given[0]?.path.split("/")[0] : undefined;
+        this.opener.open(given, folder).catch((error) => this.failed(error));
+      },
+      show: (disc) => {
+        this.shown = disc;
+        void this.render();
+      },
+      close: (disc) => void this.close(disc),
+      save: (disc) => this.saving.offer(disc),
+      go: (disc, by) => void this.go(disc, by),
+      renameDisc: (disc) =>
+        void this.editing.rename(disc, ["set-disc-text"], { key: "disc" }, disc.listing!.text),
+      salvage: (disc) => void this.editing.salvage(disc),
+      setCharset: (disc, charset) => {
+        disc.charset = charset;
+        disc.listing = undefined;
+        void this.render();
+      },
+      select: (tab) => {
+        this.tab = tab;
+        void this.render();
+      },
+    };
   }
 
   // --- opening and closing
@@ -107,25 +123,6 @@ export class App {
     else if (key === "y" && disc && !isTyping) void this.go(disc, 1);
     else return;
     event.preventDefault();
-  }
-
-  private chooser(id: string, isFolder: boolean): HTMLInputElement {
-    const input = h("input", {
-      type: "file",
-      id,
-      class: "hidden",
-      multiple: true,
-      webkitdirectory: isFolder,
-      tabindex: -1,
-      "aria-hidden": "true",
-    });
-    input.addEventListener("change", async () => {
-      const given = givenBy(input.files ?? []);
-      const folder = isFolder ? given[0]?.path.split("/")[0] : undefined;
-      input.value = "";
-      await this.opener.open(given, folder).catch((error) => this.failed(error));
-    });
-    return input;
   }
 
   private async add(disc: Disc): Promise<void> {
@@ -235,10 +232,13 @@ export class App {
       const panel = disc ? this.panel(await this.tabContent(disc)) : null;
       if (turn !== this.turn) return;
       document.title = disc ? `${disc.isChanged ? "• " : ""}${disc.name} – veska` : "veska";
-      replace(byId("top"), ...this.top());
-      replace(byId("files"), ...this.files());
+      replace(byId("top"), ...this.frame.top());
+      replace(byId("files"), ...this.frame.files(this.discs, this.shown));
       byId("page").classList.toggle("empty", !disc);
-      replace(main, ...(disc && panel ? [...this.head(disc), panel] : this.start()));
+      replace(
+        main,
+        ...(disc && panel ? [...this.frame.head(disc, this.tab), panel] : this.frame.start()),
+      );
     } catch (error) {
       if (turn === this.turn) this.cannotShow(disc, error);
     } finally {
@@ -256,242 +256,7 @@ export class App {
     void this.render();
   }
 
-  private top(): HTMLElement[] {
-    const choose = h("select", { id: "language", "data-key": "language" });
-    for (const [name, text] of Object.entries(LANGUAGES)) {
-      const option = h("option", { value: name, lang: name }, text);
-      option.selected = name === currentLanguage();
-      choose.append(option);
-    }
-    choose.addEventListener("change", () => {
-      setLanguage(choose.value);
-      this.fields = undefined;
-      void this.render();
-    });
-    return [
-      h("p", { class: "brand" }, "veska"),
-      h("p", { class: "tagline soft" }, t("tagline")),
-      h("label", { for: "language", class: "hidden" }, t("language")),
-      choose,
-    ];
-  }
-
-  private openButtons(isMain: boolean): HTMLElement {
-    const files = this.chooser("choose-files", false);
-    const folder = this.chooser("choose-folder", true);
-    return h(
-      "div",
-      { class: "open" },
-      files,
-      folder,
-      button(t("chooseFiles"), () => files.click(), {
-        class: isMain ? "main" : "",
-        "data-key": "choose-files",
-      }),
-      button(t("chooseFolder"), () => folder.click(), { "data-key": "choose-folder" }),
-    );
-  }
-
-  private start(): HTMLElement[] {
-    return [
-      h(
-        "div",
-        { class: "drop" },
-        h("h1", {}, t("dropTitle")),
-        h("p", {}, t("dropText")),
-        this.openButtons(true),
-        h("p", { class: "soft" }, t("privacy")),
-      ),
-    ];
-  }
-
-  private badge(disc: Disc): HTMLElement {
-    const status = disc.listing?.status;
-    const [look, text] =
-      status === Status.sound
-        ? ["good", t("sound")]
-        : status === Status.damaged
-          ? ["warning", t("damaged")]
-          : ["error", t("bad")];
-    return h("span", { class: `badge ${look}` }, text);
-  }
-
-  private files(): HTMLElement[] {
-    if (this.discs.length === 0) return [];
-    const items = this.discs.map((disc) => {
-      const show = () => {
-        this.shown = disc;
-        void this.render();
-      };
-      return h(
-        "li",
-        { class: disc === this.shown ? "file shown" : "file" },
-        h(
-          "button",
-          {
-            type: "button",
-            class: "file-name",
-            "aria-current": disc === this.shown ? "true" : undefined,
-            "data-key": `file-${disc.id}`,
-            onclick: show,
-          },
-          h("span", { class: "name" }, disc.listing?.text || disc.name),
-          h("span", { class: "soft" }, disc.name),
-          h(
-            "span",
-            { class: "states" },
-            disc.listing && this.badge(disc),
-            disc.isChanged && h("span", { class: "badge note" }, t("changed")),
-          ),
-        ),
-        button("×", () => void this.close(disc), {
-          class: "close",
-          "aria-label": t("close", { name: disc.name }),
-        }),
-      );
-    });
-    return [
-      h("h2", { id: "files-title" }, t("files")),
-      h("ul", {}, ...items),
-      this.openButtons(false),
-      h("p", { class: "soft small" }, t("privacy")),
-    ];
-  }
-
-  private head(disc: Disc): (HTMLElement | null)[] {
-    const listing = disc.listing!;
-    const rename = () =>
-      this.editing.rename(disc, ["set-disc-text"], { key: "disc" }, listing.text);
-    const step = (text: string, by: number) =>
-      button(text, () => void this.go(disc, by), {
-        disabled: disc.done + by < 0 || disc.done + by > disc.steps.length,
-        "data-key": `step-${by}`,
-      });
-    return [
-      h(
-        "div",
-        { class: "head" },
-        h("p", { class: "soft" }, disc.name),
-        h(
-          "h1",
-          {},
-          listing.text || t("noText"),
-          " ",
-          this.badge(disc),
-          disc.isChanged && h("span", { class: "badge note" }, t("changed")),
-        ),
-        ...disc.notes.map((note) => h("p", { class: "told" }, say(note))),
-        h(
-          "div",
-          { class: "buttons" },
-          button(t("save"), () => this.saving.offer(disc), { class: "main", "data-key": "save" }),
-          step(t("undo"), -1),
-          step(t("redo"), 1),
-          button(t("renameDisc"), rename, { disabled: !listing.loads, "data-key": "rename-disc" }),
-          this.charsetChoice(disc),
-        ),
-      ),
-      this.charsetHint(disc),
-      this.damage(disc),
-      stepList(disc),
-      this.tabList(),
-    ];
-  }
-
-  private charsetChoice(disc: Disc): HTMLElement {
-    const choose = h("select", { id: "charset", "data-key": "charset" });
-    for (const name of CHARSETS) {
-      const option = h("option", { value: name }, name.toUpperCase());
-      option.selected = name === disc.charset;
-      choose.append(option);
-    }
-    choose.addEventListener("change", () => this.setCharset(disc, choose.value));
-    return h("label", { class: "charset" }, h("span", {}, t("charset")), " ", choose);
-  }
-
-  private setCharset(disc: Disc, charset: string): void {
-    disc.charset = charset;
-    disc.listing = undefined;
-    void this.render();
-  }
-
-  /** Offers a character set in which the titles are texts, where they are none in UTF-8. */
-  private charsetHint(disc: Disc): HTMLElement | null {
-    const texts = ({ text, programs, playLists }: NonNullable<Disc["listing"]>) =>
-      [text, ...programs.map((one) => one.text), ...playLists.map((one) => one.text)].some(
-        isShownAsBytes,
-      );
-    if (disc.charset !== "utf-8" || !texts(disc.listing!)) return null;
-    const hint = h("div", { class: "hint" });
-    const { bytes } = disc;
-    void (async () => {
-      for (const charset of ["shift_jis", "euc-jp", "windows-1252"]) {
-        const listing = await this.workshop.list({ bytes, charset });
-        if (texts(listing)) continue;
-        const use = () => this.setCharset(disc, charset);
-        return hint.replaceChildren(
-          h("span", {}, t("charsetHint", { charset: charset.toUpperCase() })),
-          button(t("charsetUse", { charset: charset.toUpperCase() }), use),
-        );
-      }
-      return undefined;
-    })().catch(() => undefined);
-    return hint;
-  }
-
-  private damage(disc: Disc): HTMLElement | null {
-    const listing = disc.listing!;
-    if (listing.status === Status.sound) return null;
-    const isBad = listing.status === Status.bad;
-    return h(
-      "section",
-      { class: "damage", "aria-label": t(isBad ? "badTitle" : "damagedTitle") },
-      h("h2", {}, t(isBad ? "badTitle" : "damagedTitle")),
-      h("p", {}, upper(listing.problem)),
-      !isBad && h("p", {}, t("salvageHint"), " ", !listing.loads && t("mustSalvage")),
-      !isBad &&
-        button(t("salvage"), () => void this.editing.salvage(disc), { "data-key": "salvage" }),
-    );
-  }
-
   // --- tabs
-
-  private tabList(): HTMLElement {
-    const list = h("div", { role: "tablist", "aria-label": t("views"), class: "tabs" });
-    for (const tab of TABS) {
-      const isShown = tab === this.tab;
-      list.append(
-        h(
-          "button",
-          {
-            type: "button",
-            role: "tab",
-            id: `tab-${tab}`,
-            "aria-selected": String(isShown),
-            "aria-controls": "panel",
-            tabindex: isShown ? 0 : -1,
-            "data-key": `tab-${tab}`,
-            onclick: () => this.select(tab),
-          },
-          t(TAB_TEXTS[tab]),
-        ),
-      );
-    }
-    list.addEventListener("keydown", (event) => {
-      const by = { ArrowRight: 1, ArrowLeft: -1 }[event.key];
-      if (!by) return;
-      event.preventDefault();
-      const next = TABS[(TABS.indexOf(this.tab) + by + TABS.length) % TABS.length]!;
-      byId(`tab-${next}`).focus();
-      this.select(next);
-    });
-    return list;
-  }
-
-  private select(tab: Tab): void {
-    this.tab = tab;
-    void this.render();
-  }
 
   private panel(content: HTMLElement[]): HTMLElement {
     return h(

@@ -56,7 +56,7 @@ function rowElement(disc: Disc, row: Row, refresh: () => void): HTMLElement {
   ];
   return h(
     "li",
-    { class: isOpen ? "row open" : "row" },
+    { class: isOpen ? "row unfolded" : "row" },
     isEditable
       ? h(
           "button",

@@ -69,10 +69,11 @@ export class Opener {
   }
 
   private async openFile(one: Given, isBackup = false): Promise<void> {
-    const start = await this.read({ ...one, file: one.file.slice(0, START) as File });
-    if (!start) return;
-    const isFile = await this.workshop.beginsLikeOne(start);
-    if (!isFile && one.file.size >= LEAST_IMAGE) return this.searchImage(one);
+    if (one.file.size >= LEAST_IMAGE) {
+      const start = await this.read({ ...one, file: one.file.slice(0, START) as File });
+      if (!start) return;
+      if (!(await this.workshop.beginsLikeOne(start))) return this.searchImage(one);
+    }
     if (one.file.size > MOST_FILE) {
       return this.to.tell({ key: "tooLarge", args: { name: one.path } });
     }

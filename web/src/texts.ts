@@ -533,17 +533,34 @@ export const say = (message: Message) => t(message.key, message.args);
 /** The first letter as at the start of a sentence. */
 export const upper = (text: string) => text.charAt(0).toLocaleUpperCase(language) + text.slice(1);
 
-export const number = (value: number) => new Intl.NumberFormat(language).format(value);
+// Making a format takes milliseconds, using one does not.
+const formats = new Map<string, Intl.NumberFormat | Intl.DateTimeFormat>();
+function format<Format extends Intl.NumberFormat | Intl.DateTimeFormat>(
+  name: string,
+  make: () => Format,
+): Format {
+  const key = `${language} ${name}`;
+  let there = formats.get(key) as Format | undefined;
+  if (!there) formats.set(key, (there = make()));
+  return there;
+}
+
+export const number = (value: number) =>
+  format("number", () => new Intl.NumberFormat(language)).format(value);
 
 export function size(bytes: number): string {
   const units = ["byte", "kilobyte", "megabyte", "gigabyte"];
-  let unit = 0;
-  while (bytes >= 1000 && unit < 3) {
+  let power = 0;
+  while (bytes >= 1000 && power < 3) {
     bytes /= 1000;
-    ++unit;
+    ++power;
   }
-  const options = { style: "unit", unit: units[unit]!, maximumFractionDigits: unit ? 1 : 0 };
-  return new Intl.NumberFormat(language, options as Intl.NumberFormatOptions).format(bytes);
+  const unit = units[power]!;
+  const maximumFractionDigits = power > 0 ? 1 : 0;
+  return format(
+    unit,
+    () => new Intl.NumberFormat(language, { style: "unit", unit, maximumFractionDigits }),
+  ).format(bytes);
 }
 
 export function duration(seconds: number): string {
@@ -553,6 +570,13 @@ export function duration(seconds: number): string {
 }
 
 export function date(iso: string): string {
-  const options = { dateStyle: "medium", timeStyle: "short", timeZone: "UTC" } as const;
-  return new Intl.DateTimeFormat(language, options).format(new Date(iso + "Z"));
+  return format(
+    "date",
+    () =>
+      new Intl.DateTimeFormat(language, {
+        dateStyle: "medium",
+        timeStyle: "short",
+        timeZone: "UTC",
+      }),
+  ).format(new Date(iso + "Z"));
 }

@@ -15,7 +15,11 @@ for (const [name, width, height, colorScheme] of [
   ["page_desktop", 1280, 900, "light"],
   ["page_phone", 390, 844, "dark"],
 ]) {
-  const context = await browser.newContext({ viewport: { width, height }, colorScheme, locale: "en-US" });
+  const context = await browser.newContext({
+    viewport: { width, height },
+    colorScheme,
+    locale: "en-US",
+  });
   const page = await context.newPage();
   await page.goto(pathToFileURL(PAGE).href);
   await page.waitForSelector("html[data-ready]");
@@ -23,7 +27,10 @@ for (const [name, width, height, colorScheme] of [
   await act(page, "program-3", "Move up");
   await steps(page, 1);
   await page.mouse.move(0, 0);
-  await page.evaluate(() => document.activeElement.blur());
+  await page.evaluate(() => {
+    document.activeElement.blur();
+    scrollTo(0, 0);
+  });
   await page.screenshot({ path: join(folder, `${name}.png`) });
   await context.close();
 }
