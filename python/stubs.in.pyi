@@ -1,7 +1,7 @@
 from os import PathLike
 from typing import Any, Generic, Iterator, Optional, Sequence, TypeVar, Union, overload
 
-from ._values import CellPoint, Clock, Text
+from ._values import CellPoint, Clock, TextField
 
 __version__: str
 FAILURE_KINDS: tuple[str, ...]
@@ -210,6 +210,7 @@ def operations() -> list[tuple[str, str, str]]: ...
 
 class File:
     name: str
+#TABLES
     def __init__(self) -> None: ...
     def reload(self, source: Source) -> None: ...
     def complete(self) -> None: ...

@@ -7,6 +7,9 @@ import sys
 
 def members_of(members, sums, has_bitrate):
     for name, given, taken in members:
+        if given == "Text":
+            yield f"    {name}: TextField\n"
+            continue
         yield f"    @property\n    def {name}(self) -> {given}: ...\n"
         if taken is not None:
             yield f"    @{name}.setter\n    def {name}(self, value: {taken}) -> None: ...\n"
@@ -24,8 +27,8 @@ def main():
     text = (pathlib.Path(__file__).parent / "stubs.in.pyi").read_text()
     for name, items, *rest in module._describe():
         body = "".join(members_of(*rest))
-        if name == "File":  # its methods stand in the other file, at the end
-            text += body
+        if name == "File":
+            text = text.replace("#TABLES\n", body)
         else:
             base = "Record" if items is None else items
             text += f"\nclass {name}({base}):\n{body or '    ...'}"

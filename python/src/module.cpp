@@ -23,12 +23,12 @@ py::list MembersOf(const Type& type) {
   };
   for (const VESKA::Field& field : type.fields) {
     const bool is_derived = field.kind == VESKA::FieldKind::kDerived;
-    const std::string given = GivenType(field);
-    const char* taken = given == "Text" ? "Union[str, ReadableBuffer]" : given.c_str();
-    add(field.name, given, is_derived ? py::object(py::none()) : py::str(taken));
+    add(field.name, GivenType(field),
+        is_derived ? py::object(py::none()) : py::str(GivenType(field)));
   }
   for (const Block& block : type.blocks) {
-    add(block.name, block.least == 0 ? "bytes" : "Optional[bytes]", py::str("ReadableBuffer"));
+    add(block.name, block.least == 0 ? "bytes" : "Optional[bytes]",
+        py::str(block.least == 0 ? "bytes" : "Optional[bytes]"));
   }
   if (type.kind != nullptr) add("type", "str", py::none());
   for (const Part& part : type.parts) {

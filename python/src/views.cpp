@@ -34,8 +34,9 @@ const Field& Present(const Node& node, const Field& field) {
                             ": what stands here has no such field, by its type");
 }
 
-py::object Property(py::object get, py::object set, const std::string& doc) {
-  const py::object property = py::module_::import("builtins").attr("property");
+py::object Property(py::object get, py::object set, const std::string& doc, bool is_text = false) {
+  const py::object property = is_text ? py::module_::import("veska._values").attr("TextField")
+                                      : py::module_::import("builtins").attr("property");
   return property(std::move(get), std::move(set), py::none(), doc);
 }
 
@@ -46,7 +47,7 @@ py::object PropertyOf(const Field& field) {
                   py::cpp_function([field](const View& view, const py::object& value) {
                     Set(*view.node, Present(*view.node, field), value);
                   }),
-                  DocOf(field));
+                  DocOf(field), field.kind == VESKA::FieldKind::kText);
 }
 
 py::object BlockValue(const Node& node, const Block& block) {

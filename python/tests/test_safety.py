@@ -99,7 +99,7 @@ class Editing(RuleBasedStateMachine):
         self.loose = self.loose[-100:]
 
     @rule(number=NUMBERS)
-    @precondition(lambda self: self.loose)
+    @precondition(lambda self: bool(self.loose))
     def use(self, number: int) -> None:
         """Reads all that a view has, and writes it back."""
         view = self.loose[number % len(self.loose)]
@@ -117,7 +117,7 @@ class Editing(RuleBasedStateMachine):
                 pass
 
     @rule(number=NUMBERS, at=NUMBERS)
-    @precondition(lambda self: self.loose)
+    @precondition(lambda self: bool(self.loose))
     def change_a_list(self, number: int, at: int) -> None:
         view = self.loose[number % len(self.loose)]
         if isinstance(view, veska.List):
@@ -139,7 +139,7 @@ class Editing(RuleBasedStateMachine):
             self.arrays.append((vobus.to_numpy(), [(entry.number_0, entry.word_1) for entry in vobus], vobus))
 
     @rule()
-    @precondition(lambda self: self.arrays)
+    @precondition(lambda self: bool(self.arrays))
     def use_arrays(self) -> None:
         for array, entries, vobus in self.arrays:
             assert array.tolist() == entries
@@ -231,7 +231,7 @@ def test_values_that_end_their_record(recorder: veska.File) -> None:
     with pytest.raises(veska.StaleError):
         program.C_Ns = Ends(lambda: chain.programs.clear())  # type: ignore[assignment]
     with pytest.raises(veska.StaleError):
-        chain.cells[0].time_6 = (Ends(lambda: recorder.reload(SAMPLES / "empty.ifo")), 2)  # type: ignore[assignment]
+        setattr(chain.cells[0], "time_6", (Ends(lambda: recorder.reload(SAMPLES / "empty.ifo")), 2))
     chain = recorder.original_chain
     with pytest.raises(veska.StaleError):
         chain.programs.append(C_Ns=Ends(lambda: chain.programs.clear()))

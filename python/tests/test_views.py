@@ -4,7 +4,6 @@ import copy
 import json
 import pathlib
 import pickle
-from contextlib import nullcontext
 from typing import Any, Iterator, Union
 
 import pytest
@@ -21,13 +20,13 @@ def same(value: Any, view: Any) -> bool:
         assert len(value) == len(view)
         return all(same(one, other) for one, other in zip(value, view))
     if isinstance(view, bytes):
-        return view.hex() == (value["hex"] if isinstance(value, dict) else value)
+        return bool(view.hex() == (value["hex"] if isinstance(value, dict) else value))
     if isinstance(view, veska.Clock):
-        return view == (value["base"], value["ext"])
+        return bool(view == (value["base"], value["ext"]))
     if isinstance(view, veska.CellPoint):
         position = view.position
-        rest = position.hex() if isinstance(position, bytes) else {"base": position.base, "ext": position.ext}
-        return value == ({"cell": view.cell, "position": rest} if isinstance(rest, str) else {"cell": view.cell, **rest})
+        rest = {"position": position.hex()} if isinstance(position, bytes) else position._asdict()
+        return bool(value == {"cell": view.cell, **rest})
     if isinstance(value, dict):
         settable = {name for name, _, taken in MEMBERS[type(view).__name__] if taken}
         present = {name for name in settable if getattr(view, name, None) is not None}
@@ -189,8 +188,9 @@ def test_copies_are_whole(sample: pathlib.Path) -> None:
     twin = pickle.loads(pickle.dumps(file))
     assert bytes(twin) == image and twin.name == file.name
     assert image == sample.read_bytes() or sample.name == "odd_layout.ifo"
-    with pytest.raises(veska.SaveError) if image != sample.read_bytes() else nullcontext():
-        assert file.to_bytes(complete=False) == image
+    if sample.name == "odd_layout.ifo":
+        with pytest.raises(veska.SaveError):
+            file.to_bytes(complete=False)
     with pytest.raises(TypeError):
         pickle.dumps(file.movie)
 

@@ -19,7 +19,8 @@ def test_what_a_file_is_loaded_from(tmp_path: pathlib.Path) -> None:
     names = ["VR_MANGR.IFO", "録画 ディスク.ifo", os.fsdecode(b"\xff\xfe.ifo")]
     for path in [tmp_path / name for name in names]:
         path.write_bytes(IMAGE)
-        for given in (path, str(path)):
+        givens: list[Any] = [path, str(path)]
+        for given in givens:
             file = veska.load(given)
             file.save(given)
             assert path.read_bytes() == IMAGE
@@ -59,7 +60,8 @@ def test_load_errors(tmp_path: pathlib.Path, source: Any, kind: str, table: str)
 
 @pytest.mark.parametrize("source", [None, 7, "a\0b", ["x"]])
 def test_what_is_no_source(source: Any) -> None:
-    for function in (veska.load, veska.check, veska.salvage, veska.listing, veska.locate):
+    functions: list[Any] = [veska.load, veska.check, veska.salvage, veska.listing, veska.locate]
+    for function in functions:
         with pytest.raises((TypeError, ValueError)):
             function(source)
 
@@ -183,7 +185,8 @@ def test_locate(tmp_path: pathlib.Path) -> None:
     image[12 * 2048 : 12 * 2048 + len(IMAGE)] = IMAGE
     path = tmp_path / "disc.iso"
     path.write_bytes(image)
-    for source in (path, bytes(image)):
+    sources: list[Any] = [path, bytes(image)]
+    for source in sources:
         first, second = veska.locate(source)
         assert (first.offset, second.offset, second.same_as) == (3 * 2048, 12 * 2048, 1)
         assert first.is_sound and veska.read_located(source, second) == IMAGE
@@ -201,7 +204,12 @@ def test_long_work_lets_go_of_the_lock(work: Any) -> None:
         ran = threading.Event()
         gate = threading.Lock()
         gate.acquire()
-        thread = threading.Thread(target=lambda: (gate.acquire(), ran.set()))
+
+        def wait() -> None:
+            gate.acquire()
+            ran.set()
+
+        thread = threading.Thread(target=wait)
         thread.start()
         gate.release()
         for _ in range(2000):

@@ -1,6 +1,6 @@
 """The values of fields that are neither numbers nor plain bytes."""
 
-from typing import TYPE_CHECKING, NamedTuple, Optional, Union
+from typing import TYPE_CHECKING, Any, NamedTuple, Optional, Union
 
 if TYPE_CHECKING:
     from ._veska import File
@@ -35,6 +35,17 @@ class Text(bytes):
 
     def __str__(self) -> str:
         return self.shown()
+
+
+class TextField(property):
+    """A field that gives a `Text` and takes a str as well."""
+
+    if TYPE_CHECKING:
+
+        def __get__(self, record: Any, owner: Optional[type] = None) -> Text: ...
+        def __set__(
+            self, record: Any, value: Union[str, bytes, bytearray, memoryview]
+        ) -> None: ...
 
 
 def file_of(image: bytes, name: str) -> "File":

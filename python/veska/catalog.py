@@ -226,7 +226,8 @@ def _on_this_machine(pieces: list[list[str]], form: Form, jobs: Optional[int]) -
     with ThreadPoolExecutor(jobs or os.cpu_count()) as pool:
         work = {pool.submit(_text_of, names, form): names for names in pieces}
         for done in as_completed(work):
-            yield (work.pop(done), *done.result())
+            text, bad = done.result()
+            yield work.pop(done), text, bad
 
 
 def _on_a_cluster(pieces: list[list[str]], form: Form, scheduler: str) -> Iterator[Done]:
@@ -240,7 +241,8 @@ def _on_a_cluster(pieces: list[list[str]], form: Form, scheduler: str) -> Iterat
         for future in distributed.as_completed(list(work)):
             names = work.pop(future)
             try:
-                yield (names, *future.result())
+                text, bad = future.result()
+                yield names, str(text), int(bad)
             except distributed.KilledWorker:
                 suspicious.append(names)
             future.release()

@@ -31,6 +31,7 @@ struct BitrateStep {
   double highest;
 };
 
+/// The bitrate of a VOB over its playback time.
 struct Bitrate {
   std::vector<BitrateStep> steps;  ///< in order, without gaps
   double seconds = 0;              ///< playback time of all VOBUs
