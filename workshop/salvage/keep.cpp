@@ -34,7 +34,7 @@ class Keeper {
   Kept KeepRun(const Structure& run) const;
   Kept KeepIndex(const Structure& index, std::span<const Structure* const> children) const;
   Kept KeepItem(const Structure& item) const;
-  Kept KeepWithEntries(const Structure& item, Part entries) const;
+  Kept KeepWithEntries(const Structure& item, Part part) const;
   Kept KeepCell(const Structure& cell) const;
   Kept KeepChain(const Structure& chain) const;
   Kept KeepTextSet(const Structure& set) const;
