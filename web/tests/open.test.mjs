@@ -160,7 +160,8 @@ describe("images", () => {
     const path = image("disc.iso", size, [
       [557056, sample("movie_recorder")],
       [571392, sample("movie_recorder")],
-      [64 * 1024 * 1024 - 2048, sample("mixed_full")], // over the end of a part
+      [64 * 1024 * 1024, sample("odd_layout")], // at the start of a part
+      [128 * 1024 * 1024 - 2048, sample("mixed_full")], // over the end of one
       [size - 4096, sample("still_camera")],
     ]);
     await page.setInputFiles("#choose-files", path);
