@@ -1,6 +1,6 @@
 """How many files a second the catalog takes: in threads, and on a Dask scheduler with one and two workers.
 
-usage: bench_catalog.py [FILES]
+usage: catalog_bench.py [FILES]
 """
 import contextlib
 import itertools
@@ -15,7 +15,7 @@ import distributed
 
 from veska import catalog
 
-SAMPLES = sorted((pathlib.Path(__file__).parents[1] / "samples").glob("*.ifo"))
+SAMPLES = sorted((pathlib.Path(__file__).parents[2] / "samples").glob("*.ifo"))
 
 
 @contextlib.contextmanager
