@@ -8,12 +8,12 @@
 #include <regex>
 
 #include "report/axis.h"
-#include "report/bitrate.h"
 #include "report/html.h"
 #include "report/numbers.h"
 #include "report/svg.h"
 #include "support/image_builder.h"
 #include "support/samples.h"
+#include "veska/workshop/bitrate.h"
 
 namespace {
 
