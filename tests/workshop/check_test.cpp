@@ -248,7 +248,8 @@ TEST(CheckTest, NamesEachTableThatDoesNotLoad) {
                {image.Part(0, 6500), {Table::kTexts, Table::kManufacturers}}};
   for (const auto& test : cases) {
     std::vector<Table> tables;
-    for (const Finding& finding : Examine(test.bytes, kLimit).findings.Kept()) {
+    const Examined examined = Examine(test.bytes, kLimit);
+    for (const Finding& finding : examined.findings.Kept()) {
       if (finding.code == kDoesNotLoad) tables.push_back(finding.table);
     }
     std::sort(tables.begin(), tables.end());

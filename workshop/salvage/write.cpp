@@ -9,7 +9,7 @@ void Append(Bytes& bytes, const Bytes& more) {
 
 void AppendNumber(Bytes& bytes, unsigned width, std::uint64_t number) {
   bytes.resize(bytes.size() + width);
-  SetBigEndian(&bytes[bytes.size() - width], width, number);
+  SetBigEndian(bytes.data() + bytes.size() - width, width, number);
 }
 
 /// Sets a field of the record that stands at `at`.
