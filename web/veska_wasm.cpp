@@ -118,7 +118,7 @@ std::string CheckFile(Words words) {
   return ToJson(std::span(&named, 1));
 }
 
-std::string ReportFile(Words words) { return Report(words[0], file); }
+std::string ReportFile(Words words) { return Report(words[0], file, {.decode = DecodeByPage}); }
 
 std::string Export(Words) { return ToJson(Info()); }
 
@@ -146,7 +146,9 @@ std::string Find(Words words) {
   return Text(json);
 }
 
-std::string Preview(Words words) { return Text(PreviewEdit(Info(), words)); }
+std::string Preview(Words words) {
+  return Text(PreviewEdit(Info(), words, EncodeUtf8, DecodeByPage));
+}
 
 std::string EditFile(Words words) {
   VESKA::CVMGInfo edited = Info();

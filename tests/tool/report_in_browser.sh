@@ -90,7 +90,7 @@ check_itself() {
     grep -q "measured: $told" "$work/expected" || fail "not told of $fault: $(<"$work/expected")"
   done <<'EOF'
 <svg width=50 height=10><text x=40 y=8>x</text></svg>|outside its drawing
-<svg width=50 height=20><text x=4 y=12>x</text><text x=5 y=12>y</text></svg>|x on y
+<svg width=90 height=60><text x=30 y=35>x</text><text x=31 y=35>y</text></svg>|x on y
 <p style="color: #eee">x</p>|ink of the wrong
 <style>html { background: #222 }</style>|paper of the wrong
 <div style="width: 600px">x</div>|wider than the window

@@ -28,7 +28,7 @@ int Compare(const CVMGInfo& info, const Json& document, const std::string& point
   std::size_t at = 0;
   for (const auto& [key, value] : document.items()) {
     if (key == "$schema" || key == "version") continue;
-    const std::string below = pointer + "/" + key;
+    const std::string below = std::string(pointer).append("/").append(key);
     while (at < branches.size() && branches[at].pointer != below) ++at;  // a derived one
     if (at == branches.size()) {
       ADD_FAILURE() << below << " is missing or out of order";

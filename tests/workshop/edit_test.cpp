@@ -14,7 +14,6 @@ namespace {
 
 using namespace VESKA;
 using workshop::ImageOf;
-using workshop::Readable;
 
 std::unique_ptr<CVMGInfo> LoadSample(const std::string& name) {
   return workshop::Load(Sample(name));

@@ -21,7 +21,9 @@ using namespace VESKA::workshop;
 void CollectLists(const Json& value, const std::string& pointer, std::set<std::string>& lists) {
   if (value.is_array() && !value.empty() && !pointer.ends_with("/texts")) lists.insert(pointer);
   if (!value.is_structured()) return;
-  for (const auto& [key, child] : value.items()) CollectLists(child, pointer + "/" + key, lists);
+  for (const auto& [key, child] : value.items()) {
+    CollectLists(child, std::string(pointer).append("/").append(key), lists);
+  }
 }
 
 TEST(MapTest, EveryPlaceIsInTheTreeWithTheSameCounts) {

@@ -87,6 +87,7 @@ struct Close {
 
 std::unique_ptr<iconv_t, Close> Open(const std::string& from, const std::string& to) {
   const iconv_t converter = iconv_open(to.c_str(), from.c_str());
+  // NOLINTNEXTLINE(performance-no-int-to-ptr): what POSIX says of a failure
   if (converter == reinterpret_cast<iconv_t>(-1)) return nullptr;
   return std::unique_ptr<iconv_t, Close>(new iconv_t(converter));
 }

@@ -166,6 +166,8 @@ describe("editing", () => {
     await page.getByRole("heading", { name: "\\x8d\\xc5\\x8fI" }).waitFor();
     await press(page, "Use SHIFT_JIS");
     await page.getByRole("heading", { name: "最終" }).waitFor();
+    await page.getByRole("tab", { name: "Report" }).click();
+    await page.frameLocator("iframe.report").getByText("最終").first().waitFor();
   });
 
   test("a changed file is not lost: closing asks, and so does leaving", async () => {

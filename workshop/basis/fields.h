@@ -61,9 +61,9 @@ constexpr unsigned LowBytesAt(unsigned width) {
 
 /// The number of 1, 2, 4 or 8 bytes that stands at `from` in host order.
 inline std::uint64_t GetNumber(const unsigned char* from, unsigned width) {
-  unsigned char number[sizeof(std::uint64_t)] = {};
-  std::memcpy(number + LowBytesAt(width), from, width);
-  return std::bit_cast<std::uint64_t>(number);
+  std::uint64_t number = 0;
+  std::memcpy(reinterpret_cast<unsigned char*>(&number) + LowBytesAt(width), from, width);
+  return number;
 }
 
 /// Stores the low `width` bytes of `value` at `to`, in host order.

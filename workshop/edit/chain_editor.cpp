@@ -34,8 +34,10 @@ ChainEditor::ChainEditor(VESKA::CVMGInfo& info, std::vector<std::string>& notes)
     const auto& [first, counted, there] = programs[static_cast<std::size_t>(i)];
     if (counted == there) continue;
     const std::string left = std::to_string(there);
-    notes_.push_back("program " + std::to_string(i + 1) + " counted " + std::to_string(counted) +
-                     " cells where " + left + " are left: now " + left);
+    std::string note = "program " + std::to_string(i + 1) + " counted " + std::to_string(counted);
+    note += " cells where " + left;
+    note += " are left: now " + left;
+    notes_.push_back(std::move(note));
     chain_.GetPGNode(i)->C_Ns = static_cast<std::uint16_t>(there);
   }
 }

@@ -1,4 +1,5 @@
 // A listing as text for people and as rows of tables.
+#include <cmath>
 #include <cstdio>
 #include <iterator>
 #include <nlohmann/json.hpp>
@@ -121,7 +122,7 @@ std::string SizeText(std::uint64_t bytes) {
 }
 
 std::string WholeSeconds(double seconds) {
-  const std::string text = TimeText(static_cast<std::uint64_t>(seconds * 1000 + 0.5));
+  const std::string text = TimeText(static_cast<std::uint64_t>(std::llround(seconds * 1000)));
   return text.substr(0, text.find('.'));
 }
 

@@ -17,18 +17,18 @@ constexpr std::uint64_t kLargestCredible = 1 << 26;
 
 /// A table that the file's header names.
 struct Place {
-  Table table;
   std::uint64_t (*walk)(Walk& walk, std::uint64_t at, const Room& room);
-  const char* end_address;       ///< the field of its header; a chain has none
+  const char* end_address;  ///< the field of its header; a chain has none
+  Table table;
   bool is_told_by_more = false;  ///< than its header: an empty one may be any bytes
 };
 
-constexpr Place kPlaces[] = {{Table::kMovie, MovieTable, "M_AVFIT_EA"},
-                             {Table::kStill, StillTable, "S_AVFIT_EA"},
-                             {Table::kOriginalChain, OriginalChain, nullptr, true},
-                             {Table::kUserChains, UserChains, "UD_PGCIT_EA", true},
-                             {Table::kTexts, Texts, "TXTDT_MG_EA", true},
-                             {Table::kManufacturers, Manufacturers, "MNFIT_EA", true}};
+constexpr Place kPlaces[] = {{MovieTable, "M_AVFIT_EA", Table::kMovie},
+                             {StillTable, "S_AVFIT_EA", Table::kStill},
+                             {OriginalChain, nullptr, Table::kOriginalChain, true},
+                             {UserChains, "UD_PGCIT_EA", Table::kUserChains, true},
+                             {Texts, "TXTDT_MG_EA", Table::kTexts, true},
+                             {Manufacturers, "MNFIT_EA", Table::kManufacturers, true}};
 
 std::uint64_t LeastSize(const Place& place) {
   return RecordSize(HeaderOf(place.table)) + (place.is_told_by_more ? 1 : 0);

@@ -24,8 +24,11 @@ std::vector<Stretch> CellStretches(const ScaledChain& scaled, int first, int end
     const std::string look = cell.CI->GetType() == CELL_MOVIE ? "movie" : "still";
     const std::string name = "cell " + std::to_string(i + 1);
     const double seconds = SecondsOf(cell);
-    stretches.push_back({scaled.Begin(i) - origin, scaled.Begin(i + 1) - origin, look, name,
-                         name + ", " + look + (seconds > 0 ? ", " + DurationText(seconds) : "")});
+    std::string title = name;
+    title += ", " + look;
+    if (seconds > 0) title += ", " + DurationText(seconds);
+    stretches.push_back(
+        {scaled.Begin(i) - origin, scaled.Begin(i + 1) - origin, look, name, std::move(title)});
   }
   return stretches;
 }

@@ -147,6 +147,7 @@ std::vector<Bitrate> BitratesOf(const CMovieAVFile& vobs, double fields_per_seco
   const int charts = std::clamp(vobs.GetCount(), 1, kMostCharts);
   const int steps = std::clamp(kMostSteps / charts, kFewestSteps, kMostStepsOfOne);
   std::vector<Bitrate> bitrates;
+  bitrates.reserve(static_cast<std::size_t>(vobs.GetCount()));
   for (int i = 0; i < vobs.GetCount(); ++i) {
     bitrates.push_back(
         BitrateOf(vobs[i]->M_VOBI.GetTimeMapTable(), fields_per_second, i < charts ? steps : 1));

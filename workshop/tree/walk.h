@@ -53,7 +53,7 @@ class TreeVisitor {
   virtual void Expect(bool /*holds*/, const char* /*name*/, const char* /*expected*/) {}
 };
 
-/// Leads `visitor` through all tables of `info`.
-void WalkFile(TreeVisitor& visitor, VESKA::CVMGInfo& info);
+/// Leads `to` through all tables of `info`.
+void WalkFile(TreeVisitor& to, VESKA::CVMGInfo& info);
 
 }  // namespace VESKA::workshop
