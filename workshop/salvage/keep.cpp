@@ -150,7 +150,7 @@ Kept Keeper::KeepTextSet(const Structure& set) const {
     Lose(set, "its last text runs past its end, and is lost");
   }
   Kept kept = Copy(set);
-  kept.bytes.resize(size);
+  kept.bytes.resize(static_cast<std::size_t>(size));
   return kept;
 }
 
@@ -202,7 +202,7 @@ Kept Keeper::KeepTable(Table table) const {
   } else if (table == Table::kOriginalChain) {
     losses_.Add(kept.pointer, "lost");
   }
-  const std::uint64_t size = RecordSize(HeaderOf(table));
+  const auto size = static_cast<std::size_t>(RecordSize(HeaderOf(table)));
   if (kept.parts.empty()) kept.parts.push_back({HeaderOf(table), kept.pointer});
   if (kept.parts.front().bytes.size() < size) kept.parts.front().bytes = Bytes(size);
   return kept;

@@ -20,9 +20,11 @@ struct Chain {
   }
 
   unsigned char* CountAt(std::size_t program) {
-    return &programs->bytes[RecordSize(Part::kPrograms) * program + offsetof(tag_PGI, C_Ns)];
+    return &programs->bytes[kFileSize<tag_PGI> * program + offsetof(tag_PGI, C_Ns)];
   }
-  std::size_t Count() const { return programs == nullptr ? 0 : programs->count; }
+  std::size_t Count() const {
+    return programs == nullptr ? 0 : static_cast<std::size_t>(programs->count);
+  }
   std::uint64_t CellsOf(std::size_t i) { return GetBigEndian(CountAt(i), sizeof(tag_PGI::C_Ns)); }
   void SetCells(std::size_t i, std::uint64_t n) {
     SetBigEndian(CountAt(i), sizeof(tag_PGI::C_Ns), n);
@@ -87,12 +89,12 @@ class CellNumbers {
     if (records == nullptr) return;
     const PartInfo& info = InfoOf(records->part);
     const bool is_list = info.role == Role::kRun;
+    const auto size = static_cast<std::size_t>(RecordSize(info.part));
     for (std::size_t i = 0; i < records->count; ++i) {
       const std::string item = is_list ? "/" + std::to_string(i) : "";
       for (const Field& field : info.fields) {
         if (field.kind != FieldKind::kCellPoint) continue;
-        const std::span point(&records->bytes[RecordSize(info.part) * i + field.offset],
-                              field.width);
+        const std::span point(&records->bytes[size * i + field.offset], field.width);
         if (!is_list && IsZero(point)) continue;  // the header's, that are not set
         MendPoint(point.data(), records->pointer + item + "/" + field.name, losses);
       }
