@@ -4,7 +4,7 @@
 import { join } from "node:path";
 import { pathToFileURL } from "node:url";
 import { chromium } from "playwright-core";
-import { act, open, PAGE, samplePath, steps } from "./support.mjs";
+import { act, open, PAGE, samplePath, steps } from "../tests/support.mjs";
 
 const folder = process.argv[2];
 const browser = await chromium.launch({

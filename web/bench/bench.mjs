@@ -6,7 +6,7 @@ import { spawnSync } from "node:child_process";
 import { statSync } from "node:fs";
 import { pathToFileURL } from "node:url";
 import { chromium } from "playwright-core";
-import { PAGE, samplePath } from "./support.mjs";
+import { PAGE, samplePath } from "../tests/support.mjs";
 
 const RUNS = 9;
 const TOOL = process.env.VESKA_TOOL ?? "build/default/bin/veska";
