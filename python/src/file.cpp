@@ -78,16 +78,7 @@ void Save(const FileView& file, const py::object& to, std::optional<bool> comple
 
 py::bytes ToImage(const FileView& file, std::optional<bool> complete) {
   const std::unique_ptr<CVMGInfo> copy = Ready(file, complete);
-  unsigned long size = 0;
-  unsigned char* image = copy->SaveToMemory(&size);
-  if (image == nullptr && NeedsCompleting(*copy, complete)) {
-    copy->AutoComplete();
-    image = copy->SaveToMemory(&size);
-  }
-  if (image == nullptr) throw FileProblem("SaveError", copy->GetFailure(), file.name);
-  const auto free = [&copy](unsigned char* data) { copy->FreeData(data); };
-  const std::unique_ptr<unsigned char, decltype(free)> owner(image, free);
-  return {reinterpret_cast<const char*>(image), size};
+  return ToBytes(SavedImage(*copy, !complete, file.name));
 }
 
 /// The words of operations, each of which is one string as for a shell or a sequence of words.

@@ -67,19 +67,24 @@ std::unique_ptr<CVMGInfo> CopyOf(const CVMGInfo& info) {
   return copy;
 }
 
+Bytes SavedImage(CVMGInfo& info, bool may_complete, const std::string& name) {
+  unsigned long size = 0;
+  unsigned char* image = info.SaveToMemory(&size);
+  if (image == nullptr && may_complete &&
+      info.GetFailure().kind == FailureKind::kWouldNotReadBack) {
+    info.AutoComplete();
+    image = info.SaveToMemory(&size);
+  }
+  if (image == nullptr) throw FileProblem("SaveError", info.GetFailure(), name);
+  const auto free = [&info](unsigned char* data) { info.FreeData(data); };
+  const std::unique_ptr<unsigned char, decltype(free)> owner(image, free);
+  return {image, image + size};
+}
+
 Bytes ImageOf(const FileView& file) {
   std::unique_ptr<CVMGInfo> copy = CopyOf(file.Info());
   if (file.root->file().is_edited) copy->AutoComplete();
-  unsigned long size = 0;
-  unsigned char* image = copy->SaveToMemory(&size);
-  if (image == nullptr && copy->GetFailure().kind == FailureKind::kWouldNotReadBack) {
-    copy->AutoComplete();
-    image = copy->SaveToMemory(&size);
-  }
-  if (image == nullptr) throw FileProblem("SaveError", copy->GetFailure(), file.name);
-  const auto free = [&copy](unsigned char* data) { copy->FreeData(data); };
-  const std::unique_ptr<unsigned char, decltype(free)> owner(image, free);
-  return {image, image + size};
+  return SavedImage(*copy, true, file.name);
 }
 
 Source::Source(const py::object& given) {

@@ -33,6 +33,10 @@ std::string ShownPath(const py::object& path);
 /// A copy that would be saved as the object would. (A copy by itself has no addresses of cells.)
 std::unique_ptr<VESKA::CVMGInfo> CopyOf(const VESKA::CVMGInfo& info);
 
+/// The image of an object, which is completed where it could not be saved otherwise and that is
+/// allowed. Throws FileProblem with `name`.
+Bytes SavedImage(VESKA::CVMGInfo& info, bool may_complete, const std::string& name);
+
 /// The image of a file, completed where it was edited or could not be saved otherwise, without
 /// changing it. Throws FileProblem.
 Bytes ImageOf(const FileView& file);
